@@ -1,0 +1,13 @@
+#pragma once
+
+#include "analysis/field_analysis.h"
+
+namespace tessaro {
+
+/// Refines, scores and labels every grain of the last grouping, in order; frames and counts those that score
+/// at least the threshold. Returns the number of single layers in this field; the total of the run grows by
+/// 1, 2, 3,
+/// ... for the first, second, third of them. Saving the field's images is the caller's.
+int DecideSingleLayers(FieldAnalysis& field);
+
+} // namespace tessaro

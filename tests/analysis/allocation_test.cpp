@@ -1,0 +1,65 @@
+#include "analysis/candidates.h"
+#include "analysis/decision.h"
+#include "analysis/grain_edges.h"
+#include "analysis/grouping.h"
+#include "support/analysis_fixture.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+int allocations = 0; // of the whole test program
+
+}
+
+void* operator new(std::size_t size) {
+    ++allocations;
+    if (void* memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace tessaro {
+namespace {
+
+class Allocation : public AnalysisFixture {
+protected:
+    void AnalyseField() {
+        Measure();
+        FindCandidates(field, false);
+        RejectNoise(field.analyzer);
+        GroupCandidates(field, field.analyzer.candidates.data(), field.analyzer.candidateCount, field.grains,
+                        field.findings.groupCount, MinimumReducedPixels(settings.minimumFlakeArea),
+                        maximumGrainPixels);
+        ComputeGrainEdges(field.grains, field.findings.groupCount, field.findings.edges);
+        DecideSingleLayers(field);
+    }
+};
+
+TEST_F(Allocation, HappensForNoField) {
+    field.surface = nullptr;
+    field.status = nullptr;
+    painter.Fill(substrate100);
+    for (int i = 0; i < 40; ++i)
+        painter.Disk(150 + painter.Below(900), 50 + painter.Below(900), 15 + painter.Below(20),
+                     singleLayer100);
+    const int before = allocations;
+    AnalyseField();
+    EXPECT_EQ(allocations, before);
+    EXPECT_GT(field.findings.groupCount, 5);
+}
+
+TEST(AnalysisState, TakesLessThan64MegabytesWithTheSecondGrainTable) {
+    EXPECT_LT(sizeof(AnalysisMemory) + sizeof(GrainTable), std::size_t{64} * 1000 * 1000);
+}
+
+} // namespace
+} // namespace tessaro

@@ -1,0 +1,108 @@
+#include "analyze/white_balance.h"
+
+#include "analysis/frame_measurements.h"
+#include "analysis/frame_statistics.h"
+#include "analysis/pixel_access.h"
+#include "imaging/picture_to_frame.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+
+namespace tessaro {
+namespace {
+
+using ChannelGains = std::array<double, channelCount>; // [red, green, blue]
+
+constexpr double trialStepLevels = 0.25;
+constexpr int mostTrials = 16; // up to two levels either way
+
+/// The substrate's intensity: the dominant one in whole levels, as the analysis sees it, and more finely the
+/// mean of the reduced pixels near it.
+struct SubstrateLevel {
+    int peak = 0;
+    double fine = 0.0;
+};
+using SubstrateLevels = std::array<SubstrateLevel, channelCount>;
+
+constexpr int fineReachLevels = 4; // from the peak
+
+class SubstrateMeter {
+public:
+    SubstrateLevels Measure(const FrameBuffer& frame) {
+        FrameRecord record;
+        record.pixels = frame.Data();
+        ComputeFrameStatistics(record, record, *m_measured);
+        SubstrateLevels levels;
+        for (int channel = 0; channel < channelCount; ++channel) {
+            const int peak = static_cast<int>(record.bgPeak[static_cast<std::size_t>(channel)]);
+            levels[static_cast<std::size_t>(channel)] = {peak, MeanAround(channel, peak)};
+        }
+        return levels;
+    }
+
+private:
+    double MeanAround(int channel, int peak) const {
+        double sum = 0.0;
+        int count = 0;
+        const float* plane = m_measured->reduced.Plane(channel);
+        for (int i = 0; i < reducedPixelCount; ++i) {
+            if (std::abs(static_cast<int>(plane[i]) - peak) <= fineReachLevels) {
+                sum += static_cast<double>(plane[i]);
+                ++count;
+            }
+        }
+        return sum / count; // the peak itself occurs
+    }
+
+    std::unique_ptr<FrameMeasurements> m_measured = std::make_unique<FrameMeasurements>();
+};
+
+Picture Scaled(const Picture& picture, const ChannelGains& gains) {
+    std::array<std::array<std::uint8_t, 256>, channelCount> table{};
+    for (std::size_t channel = 0; channel < channelCount; ++channel) {
+        for (std::size_t intensity = 0; intensity < 256; ++intensity) {
+            const double scaled = std::floor(static_cast<double>(intensity) * gains[channel] + 0.5);
+            table[channel][intensity] = static_cast<std::uint8_t>(std::min(255.0, scaled));
+        }
+    }
+    Picture scaled = picture;
+    for (std::size_t pixel = 0; pixel < scaled.pixels.size(); pixel += bytesPerPixel) {
+        for (int channel = 0; channel < channelCount; ++channel) {
+            std::uint8_t& byte = scaled.pixels[pixel + static_cast<std::size_t>(ChannelByte(channel))];
+            byte = table[static_cast<std::size_t>(channel)][byte];
+        }
+    }
+    return scaled;
+}
+
+/// Gains to try for a channel, best guess first: the fine levels brought together, then ever farther off,
+/// because a dominant intensity in whole levels can be one beside what the fine levels promise.
+double TrialGain(const SubstrateLevel& level, const SubstrateLevel& target, int trial) {
+    const int steps = trial % 2 == 0 ? trial / 2 : -(trial + 1) / 2;
+    return (target.fine + steps * trialStepLevels) / level.fine;
+}
+
+} // namespace
+
+void BalancedFrame(const Picture& picture, FrameBuffer& frame) {
+    SubstrateMeter meter;
+    PictureToFrame(picture, frame);
+    const SubstrateLevels levels = meter.Measure(frame);
+    const SubstrateLevel target = levels[green];
+    ChannelGains gains = {1.0, 1.0, 1.0};
+    std::array<bool, channelCount> open = {levels[red].fine > 0, false, levels[blue].fine > 0};
+    for (int trial = 0; trial <= mostTrials && (open[red] || open[blue]); ++trial) {
+        for (const std::size_t channel : {std::size_t{red}, std::size_t{blue}}) {
+            if (open[channel])
+                gains[channel] = TrialGain(levels[channel], target, trial);
+        }
+        PictureToFrame(Scaled(picture, gains), frame);
+        const SubstrateLevels scaled = meter.Measure(frame);
+        for (const std::size_t channel : {std::size_t{red}, std::size_t{blue}})
+            open[channel] = open[channel] && scaled[channel].peak != target.peak;
+    }
+}
+
+} // namespace tessaro

@@ -59,6 +59,14 @@ TEST(WhiteBalanceOf, ABlackChannelLeavesItBlack) {
     EXPECT_EQ(PeaksOf(balanced), (std::array<double, 3>{0, 100, 100}));
 }
 
+TEST(WhiteBalanceOf, AChannelAgainstABlackGreenMakesItBlack) {
+    FramePainter painter;
+    painter.Fill({1, 0, 200});
+    FrameBuffer balanced;
+    BalancedFrame(FrameToPicture(painter.frame), balanced);
+    EXPECT_EQ(PeaksOf(balanced), (std::array<double, 3>{0, 0, 0}));
+}
+
 TEST(WhiteBalanceOf, ABlackPictureEnds) {
     FrameBuffer balanced;
     BalancedFrame(Picture(3, 3), balanced);

@@ -81,7 +81,7 @@ Picture Scaled(const Picture& picture, const ChannelGains& gains) {
 /// because a dominant intensity in whole levels can be one beside what the fine levels promise.
 double TrialGain(const SubstrateLevel& level, const SubstrateLevel& target, int trial) {
     const int steps = trial % 2 == 0 ? trial / 2 : -(trial + 1) / 2;
-    return (target.fine + steps * trialStepLevels) / level.fine;
+    return std::max(0.0, target.fine + steps * trialStepLevels) / level.fine;
 }
 
 } // namespace

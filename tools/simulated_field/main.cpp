@@ -36,6 +36,9 @@ constexpr std::string_view helpText =
     "  --seed N        which field: the same number draws the same picture (default 1)\n"
     "  --singles N     single-layer flakes, 0 to 1000 (default 8)\n"
     "  --others N      flakes of two layers to bulk, 0 to 1000 (default 6)\n"
+    "  --area MIN,MAX  sizes of the single layers in um^2, up to 10000 (default 150,380: large\n"
+    "                  enough for the usual minimum area, and well below the size at which\n"
+    "                  a flake becomes its own background)\n"
     "  --noise SIGMA   noise of every pixel and channel, 0 to 100 (default 1.2)\n"
     "  --truth FILE    write what the field holds to FILE, as JSON\n"
     "  --help          show this and exit\n"
@@ -46,11 +49,13 @@ constexpr std::string_view helpText =
 
 constexpr int maximumFlakes = 1000;
 constexpr double maximumNoiseSigma = 100.0;
+constexpr double maximumAreaUm2 = 10'000.0;
 
 struct Order {
     std::uint64_t seed = 1;
     int singleLayers = 8;
     int otherFlakes = 6;
+    AreaRangeUm2 singleLayerArea = findableSingleLayerArea;
     double noiseSigma = SimulatedField().noiseSigma;
     std::string truthPath; // empty: not wanted
     std::string outputPath;
@@ -75,11 +80,19 @@ bool ReadNumber(std::string_view text, Number minimum, Number maximum, Number& n
     return true;
 }
 
-enum Option { Seed = 1, Singles, Others, Noise, Truth, Help, Version };
+bool ReadArea(std::string_view text, AreaRangeUm2& range) {
+    const std::size_t comma = text.find(',');
+    return comma != std::string_view::npos &&
+           ReadNumber(text.substr(0, comma), 1.0, maximumAreaUm2, range.minimum) &&
+           ReadNumber(text.substr(comma + 1), range.minimum, maximumAreaUm2, range.maximum);
+}
 
-constexpr std::array<option, 8> optionTable = {{{"seed", required_argument, nullptr, Seed},
+enum Option { Seed = 1, Singles, Others, Area, Noise, Truth, Help, Version };
+
+constexpr std::array<option, 9> optionTable = {{{"seed", required_argument, nullptr, Seed},
                                                 {"singles", required_argument, nullptr, Singles},
                                                 {"others", required_argument, nullptr, Others},
+                                                {"area", required_argument, nullptr, Area},
                                                 {"noise", required_argument, nullptr, Noise},
                                                 {"truth", required_argument, nullptr, Truth},
                                                 {"help", no_argument, nullptr, Help},
@@ -95,6 +108,8 @@ bool TakeOption(int chosen, std::string_view value, Order& order) {
         return ReadNumber(value, 0, maximumFlakes, order.singleLayers);
     case Others:
         return ReadNumber(value, 0, maximumFlakes, order.otherFlakes);
+    case Area:
+        return ReadArea(value, order.singleLayerArea);
     case Noise:
         return ReadNumber(value, 0.0, maximumNoiseSigma, order.noiseSigma);
     default:
@@ -166,17 +181,20 @@ std::string Summary(const Order& order, const SimulatedField& field) {
         }
     }
     const int otherFlakes = static_cast<int>(field.flakes.size()) - singleLayers;
+    const std::string leftOut = singleLayers + otherFlakes < order.singleLayers + order.otherFlakes
+                                    ? "; the others found no room"
+                                    : "";
     const std::string truth =
-        order.truthPath.empty() ? std::string() : Joined({"; truth in ", order.truthPath});
-    return Joined({order.outputPath, ": ", std::to_string(singleLayers), " of ",
-                   std::to_string(order.singleLayers), " single layers (", NumberText(singleLayerAreaUm2, 0),
-                   " um^2), ", std::to_string(otherFlakes), " of ", std::to_string(order.otherFlakes),
+        order.truthPath.empty() ? "" : Joined({"    their outlines are in ", order.truthPath, "\n"});
+    return Joined({order.outputPath, ": drew ", std::to_string(singleLayers), " single layers (",
+                   NumberText(singleLayerAreaUm2, 0), " um2 in all) and ", std::to_string(otherFlakes),
                    " thicker flakes, seed ", std::to_string(order.seed), ", noise ",
-                   NumberText(order.noiseSigma, 1), truth, "\n"});
+                   NumberText(order.noiseSigma, 1), leftOut, "\n", truth});
 }
 
 ExitCode CarryOut(const Order& order) {
-    SimulatedField field = RandomField(order.seed, order.singleLayers, order.otherFlakes);
+    SimulatedField field = RandomField(order.seed, order.singleLayers, order.otherFlakes,
+                                       {.singleLayerArea = order.singleLayerArea});
     field.noiseSigma = order.noiseSigma;
     FrameBuffer frame;
     DrawField(field, order.seed, frame);

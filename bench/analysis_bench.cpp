@@ -1,8 +1,8 @@
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
+#include "analysis/detection.h"
 #include "analysis/field_analysis.h"
 #include "analysis/frame_statistics.h"
-#include "analysis/grain_edges.h"
 #include "analysis/grouping.h"
 #include "analysis/pixel_access.h"
 #include "reference/plain_analysis.h"
@@ -76,10 +76,7 @@ void AnalyseFast(FieldAnalysis& field) {
     ComputeFrameStatistics(field.frame, field.frame, field.measured);
     FindCandidates(field, false);
     RejectNoise(field.analyzer);
-    GroupCandidates(field, field.analyzer.candidates.data(), field.analyzer.candidateCount, field.grains,
-                    field.findings.groupCount, MinimumReducedPixels(field.settings.minimumFlakeArea),
-                    maximumGrainPixels);
-    ComputeGrainEdges(field.grains, field.findings.groupCount, field.findings.edges);
+    GroupGrains(field);
     benchmark::DoNotOptimize(DecideSingleLayers(field));
 }
 

@@ -1,7 +1,6 @@
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
-#include "analysis/grain_edges.h"
-#include "analysis/grouping.h"
+#include "analysis/detection.h"
 #include "support/analysis_fixture.h"
 
 namespace tessaro {
@@ -19,10 +18,7 @@ protected:
         Measure();
         FindCandidates(field, false);
         RejectNoise(field.analyzer);
-        GroupCandidates(field, field.analyzer.candidates.data(), field.analyzer.candidateCount, field.grains,
-                        field.findings.groupCount, MinimumReducedPixels(settings.minimumFlakeArea),
-                        maximumGrainPixels);
-        ComputeGrainEdges(field.grains, field.findings.groupCount, field.findings.edges);
+        GroupGrains(field);
     }
 
     int Decide() {

@@ -1,9 +1,8 @@
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
+#include "analysis/detection.h"
 #include "analysis/field_analysis.h"
 #include "analysis/frame_statistics.h"
-#include "analysis/grain_edges.h"
-#include "analysis/grouping.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -87,10 +86,7 @@ void Analyse(Input& input, FieldAnalysis& field) {
     ComputeFrameStatistics(field.frame, field.frame, field.measured);
     FindCandidates(field, true);
     RejectNoise(field.analyzer);
-    GroupCandidates(field, field.analyzer.candidates.data(), field.analyzer.candidateCount, field.grains,
-                    field.findings.groupCount, MinimumReducedPixels(field.settings.minimumFlakeArea),
-                    maximumGrainPixels);
-    ComputeGrainEdges(field.grains, field.findings.groupCount, field.findings.edges);
+    GroupGrains(field);
     const int decisions = 1 + input.Byte() % 3; // again without grouping, as the menu allows
     for (int decision = 0; decision < decisions; ++decision) {
         DecideSingleLayers(field);

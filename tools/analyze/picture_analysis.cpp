@@ -2,9 +2,9 @@
 
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
+#include "analysis/detection.h"
 #include "analysis/field_analysis.h"
 #include "analysis/frame_statistics.h"
-#include "analysis/grain_edges.h"
 #include "analysis/grouping.h"
 
 #include <memory>
@@ -62,10 +62,7 @@ PictureReport AnalyzeFrame(const FrameBuffer& frame, const Settings& settings, D
     report.candidates = field.analyzer.candidateCount;
     RejectNoise(field.analyzer);
     report.live = LiveCandidates(field.analyzer);
-    GroupCandidates(field, field.analyzer.candidates.data(), field.analyzer.candidateCount, field.grains,
-                    field.findings.groupCount, MinimumReducedPixels(settings.minimumFlakeArea),
-                    maximumGrainPixels);
-    ComputeGrainEdges(field.grains, field.findings.groupCount, field.findings.edges);
+    GroupGrains(field);
     report.groups = field.findings.groupCount;
     const std::vector<int> reducedPixels = PixelCounts(field);
 

@@ -63,7 +63,7 @@ const std::vector<Scene>& Scenes() {
         {"297 squares", [] { return GridOfSquares(297); }},
         {"two blobs at the limit", [] { return HugeBlobs(); }},
         {"two blobs beyond the list", [] { return HugeBlobs(maximumBlobSideBlocks); }},
-        {"diagonal chains", [] { return DiagonalChains(17, 8); }},
+        {"diagonal chains", [] { return DiagonalChains(16, 5); }},
         {"short diagonal chains", [] { return DiagonalChains(10, 7); }},
         {"speckle 10 %", [] { return SpeckleField(1, 0.10); }},
         {"speckle 30 %", [] { return SpeckleField(1, 0.30); }},

@@ -7,8 +7,8 @@
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
-#include <dlfcn.h>
 #include <mutex>
+#include <tiffio.h>
 #include <utility>
 
 namespace tessaro {
@@ -62,13 +62,10 @@ void RemoveQtHandlers() {
         QLoggingCategory::installFilter(filter);
 }
 
-using TiffHandler = void (*)(const char* module, const char* format, std::va_list arguments);
-using SetTiffHandler = TiffHandler (*)(TiffHandler);
+std::atomic<TIFFErrorHandler> previousTiffWarning = nullptr;
+std::atomic<TIFFErrorHandler> previousTiffError = nullptr;
 
-std::atomic<TiffHandler> previousTiffWarning = nullptr;
-std::atomic<TiffHandler> previousTiffError = nullptr;
-
-void TakeTiffMessage(DecoderMessages::Severity severity, TiffHandler previous, const char* module,
+void TakeTiffMessage(DecoderMessages::Severity severity, TIFFErrorHandler previous, const char* module,
                      const char* format, std::va_list arguments) {
     if (listener != nullptr) {
         std::array<char, 300> text{};
@@ -87,21 +84,19 @@ void TakeTiffError(const char* module, const char* format, std::va_list argument
     TakeTiffMessage(DecoderMessages::Severity::Error, previousTiffError, module, format, arguments);
 }
 
-/// Sets the handler in the library that Qt's plugin has loaded. The library is part of Qt here, not a
-/// dependency of the program's own, so its two functions are looked up instead of linked.
-bool SetInTiffLibrary(void* library, const char* setter, TiffHandler handler,
-                      std::atomic<TiffHandler>& previous) {
-    const auto set = reinterpret_cast<SetTiffHandler>(dlsym(library, setter));
-    if (set == nullptr)
-        return false;
-    if (const TiffHandler replaced = set(handler); replaced != handler)
-        previous = replaced;
-    return true;
+/// The TIFF library that Qt's plugin uses prints past Qt; its handlers, once set, stay.
+void ListenToTiffLibraryOnce() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        previousTiffWarning = TIFFSetWarningHandler(TakeTiffWarning);
+        previousTiffError = TIFFSetErrorHandler(TakeTiffError);
+    });
 }
 
 } // namespace
 
 DecoderMessages::DecoderMessages() {
+    ListenToTiffLibraryOnce();
     const std::lock_guard lock(installMutex);
     if (listeners++ == 0)
         InstallQtHandlers();
@@ -113,20 +108,6 @@ DecoderMessages::~DecoderMessages() {
     listener = nullptr;
     if (--listeners == 0)
         RemoveQtHandlers();
-}
-
-bool DecoderMessages::ListenToTiffLibrary() {
-    const std::lock_guard lock(installMutex);
-    bool found = false;
-    for (const char* name : {"libtiff.so.6", "libtiff.so.5"}) {
-        // The handle stays open: the library must not be unloaded while it knows the handlers.
-        if (void* library = dlopen(name, RTLD_LAZY | RTLD_NOLOAD); library != nullptr) {
-            found |=
-                SetInTiffLibrary(library, "TIFFSetWarningHandler", TakeTiffWarning, previousTiffWarning) &&
-                SetInTiffLibrary(library, "TIFFSetErrorHandler", TakeTiffError, previousTiffError);
-        }
-    }
-    return found;
 }
 
 void DecoderMessages::Add(Severity severity, std::string_view source, std::string text) {

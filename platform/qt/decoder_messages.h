@@ -25,10 +25,6 @@ public:
     DecoderMessages(const DecoderMessages&) = delete;
     DecoderMessages& operator=(const DecoderMessages&) = delete;
 
-    /// The TIFF library has message handlers of its own. Call it when Qt's reader of TIFF is loaded; false:
-    /// the library was not found, and damage would go unnoticed.
-    [[nodiscard]] bool ListenToTiffLibrary();
-
     void Add(Severity severity, std::string_view source, std::string text);
     const std::vector<Message>& All() const { return m_messages; }
 

@@ -140,7 +140,7 @@ std::variant<Picture, PictureError> DecodeByQt(const QtFormat& format, std::span
     reader.setAutoTransform(false);
 
     DecoderMessages messages;
-    if (!reader.supportsOption(QImageIOHandler::Size) || (isTiff && !messages.ListenToTiffLibrary()))
+    if (!reader.supportsOption(QImageIOHandler::Size))
         return PictureError{"this installation cannot read " + std::string(format.name) + " pictures"};
     const QSize size = reader.size();
     if (size.width() < 0)

@@ -29,7 +29,7 @@ void Mark(FrameMatches& matches, int x4, int y4) {
     matches[static_cast<std::size_t>(y4)][static_cast<std::size_t>(x4 / 64)] |= std::uint64_t{1} << (x4 % 64);
 }
 
-/// The part of a reduced column that lies in one block row of the grid.
+/// A strip is what one block row of the grid holds of a reduced column.
 constexpr int stripRows = gridBlockHeight / reduction;
 static_assert(gridBlockHeight % reduction == 0 && lastRow < gridSize * stripRows,
               "the strips cover every row that is searched");

@@ -17,8 +17,7 @@ class AnalyzeBatch : public testing::Test {
 protected:
     AnalyzeBatch() { settings.settings.scoreThreshold = 50; }
 
-    /// A picture file with this many single-layer flakes, in the part of the candidate map that keeps its
-    /// marks.
+    /// A picture file with this many single-layer flakes, where the candidate map keeps its marks.
     std::string WritePicture(const std::string& name, int flakes) {
         FramePainter painter;
         painter.Fill(substrate100);

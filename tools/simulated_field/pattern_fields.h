@@ -16,7 +16,7 @@ inline constexpr std::array<std::uint8_t, 3> dappleMatch = {84, 92, 98};
 
 inline constexpr int patternBlockPixels = 4; // side of the blocks that the analysis reduces the frame by
 
-// The part of the frame where squares and blobs lie, whole blocks from every edge.
+// Squares and blobs lie within these margins, whole blocks from every edge.
 inline constexpr int patternMarginXPixels = 100;
 inline constexpr int patternMarginYPixels = 12;
 

@@ -106,7 +106,7 @@ double Reach(const Outline& outline) {
     return reach;
 }
 
-/// The part of the field where flakes are looked for, and what has been put there.
+/// Where in the field flakes are looked for, and what has been put there.
 class Ground {
 public:
     explicit Ground(ReproducibleRandom& random) : m_random(random) {}

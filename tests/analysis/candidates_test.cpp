@@ -62,6 +62,19 @@ TEST_F(Candidates, KeepTwentyFiveColumnsAndOneRowOffTheBorder) {
     EXPECT_EQ(At(3), (Candidate{1, 282, 255}));
 }
 
+TEST_F(Candidates, MatchAtBothEndsOfTheToleranceAndNotBeyond) {
+    PaintReduced(50, 20, 1, 1, {82, 98, 104}); // -18, -2, 4
+    PaintReduced(52, 20, 1, 1, {94, 86, 92});  // -6, -14, -8
+    PaintReduced(54, 20, 1, 1, {82, 92, 98});
+    painter.Set(216, 80, {81, 92, 98}); // a mean of 81.9375: -18.0625
+    PaintReduced(56, 20, 1, 1, {88, 98, 98});
+    painter.Set(224, 80, {88, 99, 98});
+    Find();
+    ASSERT_EQ(field.analyzer.candidateCount, 2);
+    EXPECT_EQ(At(0), (Candidate{1, 50, 20}));
+    EXPECT_EQ(At(1), (Candidate{1, 52, 20}));
+}
+
 TEST_F(Candidates, OfAnEvenSubstrateAreNone) {
     field.analyzer.candidates[0] = {1, 99, 99};
     field.analyzer.secondCounter = 5;

@@ -169,6 +169,15 @@ TEST_F(ContrastTableTests, AnswersAsTheFormulaForBackgroundsOfEveryKind) {
     }
 }
 
+TEST_F(ContrastTableTests, FollowsTheBackgroundAndTheCellsBesideItsColumns) {
+    SetBackground(100, 100, 100);
+    ExpectTableAsFormula(300, 255);
+    field.measured.background.SetMeasured(1, 0, 0, 20.0F); // read as row 16 of red's last column
+    ExpectTableAsFormula(300, 255);
+    field.measured.background.SetMeasured(0, 0, 0, 180.0F); // read as row -1 of red's first column, too
+    ExpectTableAsFormula(3, 1);
+}
+
 TEST_F(ContrastTableTests, FollowsTheSettings) {
     SetBackground(100, 100, 100);
     ExpectTableAsFormula(100, 100);

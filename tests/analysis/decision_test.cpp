@@ -123,6 +123,15 @@ TEST_F(Decision, NeverCountsAScoreThatIsNoNumber) {
     EXPECT_TRUE(std::isnan(field.findings.scores[0]));
 }
 
+TEST_F(Decision, LooksAtTheFramesCornerAnewInEachField) {
+    painter.Rectangle(200, 200, 40, 40, singleLayer100);
+    Decide();
+    EXPECT_EQ(field.findings.subScores[0].PR, -20.0F);
+    painter.Rectangle(4, 4, 40, 40, singleLayer100); // in the margin, so that it is no candidate itself
+    Decide();
+    EXPECT_GT(field.findings.subScores[0].PR, 15.0F);
+}
+
 TEST_F(Decision, RunTwiceFindsNothingBecauseThePixelsAreThoseOfTheFrameByThen) {
     painter.Rectangle(200, 200, 40, 40, singleLayer100);
     EXPECT_EQ(Decide(), 1);

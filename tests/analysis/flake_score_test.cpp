@@ -59,6 +59,16 @@ TEST_F(Scoring, GivesFullPrWhenTheFramesCornerMatches) {
     EXPECT_EQ(Scores().PR, 20.0F);
 }
 
+TEST_F(Scoring, LooksAtTheFramesCornerAnewForEachCall) {
+    painter.Rectangle(200, 200, 40, 40, singleLayer100);
+    MakeGrain(200, 200, 40, 40);
+    Score();
+    EXPECT_EQ(Scores().PR, -20.0F);
+    painter.Rectangle(4, 4, 40, 40, singleLayer100);
+    Score();
+    EXPECT_EQ(Scores().PR, 20.0F);
+}
+
 struct SizeCase {
     int width;
     int height;
@@ -75,8 +85,8 @@ TEST_P(SizeScoring, GrowsToTenAtAThousandPixels) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, SizeScoring,
-                         testing::Values(SizeCase{25, 10, 2.5F}, SizeCase{100, 10, 10.0F},
-                                         SizeCase{100, 50, 10.0F}));
+                         testing::Values(SizeCase{25, 10, 2.5F}, SizeCase{27, 37, 9.99F},
+                                         SizeCase{100, 10, 10.0F}, SizeCase{100, 50, 10.0F}));
 
 TEST_F(Scoring, GivesNoBgWhenOtherMaterialSurroundsTheGrain) {
     painter.Rectangle(190, 190, 60, 60, {150, 150, 150});

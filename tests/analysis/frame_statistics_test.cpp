@@ -45,6 +45,15 @@ TEST_F(FrameStatistics, CompareLaterIntensitiesWithABestCountOfSixteenBits) {
     EXPECT_EQ(field.frame.bgPeak[0], 90);
 }
 
+TEST_F(FrameStatistics, KeepTheCountOfTheDarkestIntensityInSixteenBitsToo) {
+    PaintReduced(256, 0, 2, 257, {90, 90, 90}); // 514 against 65,792 + 12,850 at 0, kept as 13,106
+    Measure();
+    EXPECT_EQ(field.frame.bgPeak[0], 0);
+    PaintReduced(256, 0, 52, 257, {90, 90, 90}); // 13,364 against 65,792, kept as 256
+    Measure();
+    EXPECT_EQ(field.frame.bgPeak[0], 90);
+}
+
 TEST_F(FrameStatistics, StoreMeansWithTheirFractionAndCountThemTruncated) {
     painter.Fill({99, 99, 99});
     painter.Rectangle(400, 400, 1, 1, {114, 99, 99}); // one of 16 pixels is 15 brighter

@@ -218,6 +218,48 @@ TEST_F(GrainGrouping, LosesWhatDoesNotFitWhenGrainsMerge) {
     GroupAndCompare(1, maximumGrainPixels);
 }
 
+TEST_F(GrainGrouping, EmptiesAGrainThatMeetsAFullOneAtPixelsItCouldTake) {
+    AddBlock(200, 100, 100, 97); // 0: 9,700
+    AddBlock(346, 100, 10, 10);  // 1
+    AddBlock(303, 100, 40, 10);  // 2: 400, of which 298 will fit
+    AddBlock(301, 100, 1, 2);    // 0; two pairs with grain 2
+    AddBlock(344, 100, 1, 2);    // 1; two pairs with pixels of grain 2 that fit
+    Group();
+    EXPECT_EQ(Counts(), (std::vector<int>{10'000, 0, 0})) << "taken with no room left: lost";
+    GroupAndCompare(1, maximumGrainPixels);
+}
+
+TEST_F(GrainGrouping, KeepsAGrainThatMeetsAFullOneAtPixelsItLostOnly) {
+    AddBlock(200, 100, 100, 97);
+    AddBlock(346, 100, 10, 10);
+    AddBlock(303, 100, 40, 10);
+    AddBlock(301, 100, 1, 2);
+    AddBlock(344, 108, 1, 2); // 1; two pairs with pixels of grain 2 that do not fit
+    Group();
+    EXPECT_EQ(Counts(), (std::vector<int>{10'000, 102, 0}));
+    GroupAndCompare(1, maximumGrainPixels);
+}
+
+TEST_F(GrainGrouping, CountsThePixelsOfMergedGrainsTogetherWhenAFullGrainMeetsThem) {
+    AddBlock(200, 100, 100, 95); // 0: 9,500
+    AddBlock(303, 150, 38, 10);  // 1
+    AddBlock(303, 163, 38, 20);  // 2
+    AddBlock(344, 150, 5, 3);    // 3
+    AddBlock(344, 157, 5, 3);    // 4
+    Add(342, 150);               // 1; one pair with grain 3
+    Add(342, 159);               // 1; one pair with grain 4
+    AddRow(346, 154, 2);         // 3
+    AddRow(346, 155, 2);         // 3; two pairs with grain 4: taken in the first pass
+    AddRow(310, 161, 2, 4);      // 1; two pairs with grain 2: taken in the first pass
+    Add(301, 155);               // 0; one pair with grain 1
+    Add(301, 170);               // 0; one pair with grain 2
+    Group();
+    // In the second pass grain 0 takes what fits of grains 1 and 2; with one pair each to what were grains 3
+    // and 4 it meets the grain that these have become.
+    EXPECT_EQ(Counts(), (std::vector<int>{10'000, 0, 0, 0, 0}));
+    GroupAndCompare(1, maximumGrainPixels);
+}
+
 TEST_F(GrainGrouping, PassesOverCandidatesOutsideTheFrame) {
     Add(-1, 10);
     Add(10, -1);

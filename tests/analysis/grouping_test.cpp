@@ -1,3 +1,4 @@
+#include "analysis/detection.h"
 #include "analysis/grouping.h"
 #include "reference/plain_analysis.h"
 #include "support/analysis_fixture.h"
@@ -258,6 +259,18 @@ TEST_F(GrainGrouping, CountsThePixelsOfMergedGrainsTogetherWhenAFullGrainMeetsTh
     // and 4 it meets the grain that these have become.
     EXPECT_EQ(Counts(), (std::vector<int>{10'000, 0, 0, 0, 0}));
     GroupAndCompare(1, maximumGrainPixels);
+}
+
+TEST_F(GrainGrouping, OfAFieldKeepsAGrainOfExactlyTenThousandPixels) {
+    AddBlock(100, 100, 100, 97); // 9,700
+    AddBlock(203, 100, 20, 20);  // 400 of their own
+    AddBlock(201, 100, 1, 2);    // joins the first, touches the second twice
+    std::copy(candidates.begin(), candidates.end(), field.analyzer.candidates.begin());
+    field.analyzer.candidateCount = static_cast<std::int32_t>(candidates.size());
+    GroupGrains(field);
+    EXPECT_EQ(field.findings.groupCount, 2);
+    EXPECT_EQ(GrainAt(0).count, 10'000);
+    EXPECT_EQ(field.findings.edges.EdgeLeft[0], (PixelPosition{99 * 4, 100 * 4}));
 }
 
 TEST_F(GrainGrouping, PassesOverCandidatesOutsideTheFrame) {

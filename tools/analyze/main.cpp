@@ -73,6 +73,14 @@ public:
                        (error ? ": " + error.message() : std::string());
         }
         if (options.jsonFile && *options.jsonFile != "-") {
+            std::vector<std::string> inputs = options.pictures;
+            if (options.settingsFile)
+                inputs.push_back(*options.settingsFile);
+            for (const std::string& input : inputs) {
+                std::error_code ignored;
+                if (std::filesystem::equivalent(input, *options.jsonFile, ignored))
+                    return "'" + *options.jsonFile + "' is one of the files to read";
+            }
             m_jsonFile.reset(std::fopen(options.jsonFile->c_str(), "w"));
             if (!m_jsonFile)
                 return "cannot write '" + *options.jsonFile + "': " + std::strerror(errno);

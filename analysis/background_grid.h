@@ -23,7 +23,7 @@ public:
     void SetFitted(int channel, int gx, int gy, float value) { m_cells[Index(1, channel, gx, gy)] = value; }
 
 private:
-    static constexpr int setSize = 3 * gridSize * gridSize;
+    static constexpr int setSize = channelCount * gridSize * gridSize;
     static constexpr int cellCount = 2 * setSize;
 
     /// An index one step beside a column falls on the neighbouring cell of the flat array: the interpolation

@@ -5,9 +5,8 @@
 namespace tessaro {
 
 /// Refines, scores and labels every grain of the last grouping, in order; frames and counts those that score
-/// at least the threshold. Returns the number of single layers in this field; the total of the run grows by
-/// 1, 2, 3,
-/// ... for the first, second, third of them. Saving the field's images is the caller's.
+/// at least the threshold. Returns the number of single layers in this field. The total of the run grows by
+/// one for the first of them, by two for the second, and so on. Saving the field's images is the caller's.
 int DecideSingleLayers(FieldAnalysis& field);
 
 } // namespace tessaro

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analysis/background_parameters.h"
 #include "analysis/reduced_image.h"
 #include "imaging/frame_buffer.h"
 
@@ -50,17 +51,22 @@ private:
     std::array<std::int32_t, framePixelCount> m_cells = {};
 };
 
-/// Marks of reduced pixels: 32-bit integers [x4 0..307][y4 0..256], 1 = a live candidate lies there.
+/// Marks of reduced pixels: 32-bit integers [x4 0..307][y4 0..256], 1 = a live candidate lies there. Beside
+/// the array like PixelMap: what falls outside it reads 0 and cannot be marked.
 class CandidateMap {
 public:
-    std::int32_t Get(int x4, int y4) const { return m_cells[Index(x4, y4)]; }
-    void Set(int x4, int y4, std::int32_t value) { m_cells[Index(x4, y4)] = value; }
-
-private:
-    static constexpr std::size_t Index(int x4, int y4) {
-        return static_cast<std::size_t>(x4 * reducedHeight + y4);
+    std::int32_t Get(int x4, int y4) const {
+        const int flat = x4 * reducedHeight + y4;
+        return flat >= 0 && flat < reducedPixelCount ? m_cells[static_cast<std::size_t>(flat)] : 0;
     }
 
+    void Set(int x4, int y4, std::int32_t value) {
+        const int flat = x4 * reducedHeight + y4;
+        if (flat >= 0 && flat < reducedPixelCount)
+            m_cells[static_cast<std::size_t>(flat)] = value;
+    }
+
+private:
     std::array<std::int32_t, reducedPixelCount> m_cells = {};
 };
 
@@ -73,6 +79,7 @@ struct FlakeAnalyzer {
     PixelMap pixelMap;
     CandidateMap candidateMap;
     std::int32_t useInterpolatedBackground = 1;
+    BackgroundModel backgroundModel;
 };
 
 } // namespace tessaro

@@ -215,35 +215,30 @@ float ColourSpread(const FieldAnalysis& field, int g) {
     return spread / channelCount;
 }
 
-void ForgetMatches(FieldAnalysis& field) {
-    field.scratch.matchCounts.Forget();
+FlakeScorer::FlakeScorer(FieldAnalysis& field) : m_field(field) {
+    field.scratch.matchCounts.Forget(); // they are those of the field that was scored before
 }
 
-float FlakeScore(FieldAnalysis& field, int g) {
-    ForgetMatches(field);
-    return FlakeScoreOfSameField(field, g);
-}
-
-float FlakeScoreOfSameField(FieldAnalysis& field, int g) {
-    const Grain& grain = field.grains.grains[static_cast<std::size_t>(g)];
-    const GrainBox box = BoxOf(field.findings.edges, g);
-    const int size = MarkGrain(field.analyzer.pixelMap, grain, box);
-    GrainOutline& outline = field.scratch.outline;
+float FlakeScorer::Score(int g) {
+    const Grain& grain = m_field.grains.grains[static_cast<std::size_t>(g)];
+    const GrainBox box = BoxOf(m_field.findings.edges, g);
+    const int size = MarkGrain(m_field.analyzer.pixelMap, grain, box);
+    GrainOutline& outline = m_field.scratch.outline;
     outline.Trace(grain, box);
-    const EdgeTally tally = EdgeWalk(field).Walk(outline, box);
+    const EdgeTally tally = EdgeWalk(m_field).Walk(outline, box);
 
     // Without edges BG, and without an inside PR, is 0 / 0: such a score compares false with every threshold.
-    SubScores& scores = field.findings.subScores[static_cast<std::size_t>(g)];
+    SubScores& scores = m_field.findings.subScores[static_cast<std::size_t>(g)];
     const EdgeSums& sums = tally.sums;
     scores.BG = static_cast<float>(tally.bgHits) / static_cast<float>(edgeRun * tally.edges) * scoreBG;
     scores.EgSp =
         tally.edges == 0 ? 0.0F : (sums.sumA + sums.sumB + sums.sumC) / static_cast<float>(tally.edges);
-    scores.HST = bestHST - ColourSpread(field, g);
-    scores.Cont = bestCont - spanCont * InteriorTexture(field, g, scores.DfNx);
+    scores.HST = bestHST - ColourSpread(m_field, g);
+    scores.Cont = bestCont - spanCont * InteriorTexture(m_field, g, scores.DfNx);
     scores.Size = SizeScore(size);
     scores.PR = static_cast<float>(tally.match) / static_cast<float>(tally.inside) * spanPR - worstPR;
-    if (field.surface != nullptr)
-        DrawScoreLabels(*field.surface, field.findings.edges, g, scores);
+    if (m_field.surface != nullptr)
+        DrawScoreLabels(*m_field.surface, m_field.findings.edges, g, scores);
     return Total(scores);
 }
 

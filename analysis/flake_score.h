@@ -19,15 +19,19 @@ struct EdgeSums {
     float sumC = 0.0F;
 };
 
-/// Scores grain g, refined before and with edges computed at scale 4 before that: sets its marks in the pixel
-/// map, draws its four lines of labels, keeps the sub-scores in the findings and returns BG + Cont + Size +
-/// EgSp + PR + HST. Not a number when the grain has no edges or no inside.
-float FlakeScore(FieldAnalysis& field, int g);
+/// Scores the grains of one field, whose frame, background and settings must stay the same meanwhile.
+class FlakeScorer {
+public:
+    explicit FlakeScorer(FieldAnalysis& field);
 
-/// FlakeScore for several grains of one field: relies on the frame, the background and the settings being
-/// those of the last ForgetMatches.
-float FlakeScoreOfSameField(FieldAnalysis& field, int g);
-void ForgetMatches(FieldAnalysis& field);
+    /// Scores grain g, refined before and with edges computed at scale 4 before that: sets its marks in the
+    /// pixel map, draws its four lines of labels, keeps the sub-scores in the findings and returns the sum of
+    /// all but DfNx. Not a number when the grain has no edges or no inside.
+    float Score(int g);
+
+private:
+    FieldAnalysis& m_field;
+};
 
 /// Adds the contrast, inside minus outside over three pixels each, of the edge pixel (x, y), which is in
 /// neither; percent of the background with the target's sign, clamped, and scaled so that a full-strength

@@ -6,8 +6,8 @@
 
 namespace tessaro {
 
-/// The box of full-resolution pixels between a grain's edges: left .. left + width - 1, low .. low + height
-/// - 1.
+/// The box of full-resolution pixels between a grain's edges: columns from `left` to left + width - 1, rows
+/// from `low` to low + height - 1.
 struct GrainBox {
     int left = 0;
     int low = 0;

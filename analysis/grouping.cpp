@@ -1,6 +1,9 @@
 #include "analysis/grouping.h"
 
+#include "analysis/grain_edges.h"
+
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -9,7 +12,6 @@
 namespace tessaro {
 namespace {
 
-constexpr double reducedPixelUm2 = 2.56;
 constexpr int pixelsPerReducedPixel = reduction * reduction;
 constexpr int mostJoined = grainCapacity - 1; // a grain that holds this many takes no further candidate
 constexpr int touchDistance = 3;              // city-block distance below which two pixels touch
@@ -33,13 +35,13 @@ void AddPixel(Grain& grain, PixelPosition pixel) {
     grain.pixels[static_cast<std::size_t>(grain.count++)] = pixel;
 }
 
-/// One run of GroupCandidates. The labels stand in for the search through all pixels of all grains: the first
-/// grain in order that touches a candidate is the lowest label around it.
+/// One run of GroupCandidates. The map stands in for the search through all pixels of all grains: the first
+/// grain in order that touches a candidate is the lowest around it.
 class Grouping {
 public:
     Grouping(GroupingScratch& scratch, std::span<const Candidate> candidates, GrainTable& grains)
-        : m_labels(scratch.labels), m_touches(scratch.touches), m_owner(scratch.owner),
-          m_candidates(candidates), m_grains(grains.grains) {
+        : m_map(scratch.map), m_touches(scratch.touches), m_owner(scratch.owner), m_candidates(candidates),
+          m_grains(grains.grains) {
         for (Grain& grain : m_grains)
             grain.count = 0;
     }
@@ -47,7 +49,7 @@ public:
     ~Grouping() {
         for (const Candidate& candidate : m_candidates) {
             if (Counts(candidate))
-                m_labels.Free({candidate.x, candidate.y});
+                m_map.Free({candidate.x, candidate.y});
         }
     }
 
@@ -60,24 +62,24 @@ public:
             if (!Counts(candidate))
                 continue;
             const PixelPosition pixel{candidate.x, candidate.y};
-            std::uint16_t grain = m_labels.LowestAround(pixel);
-            if (grain == GrainLabels::none) {
+            std::uint16_t grain = m_map.LowestAround(pixel);
+            if (grain == GrainMap::none) {
                 if (m_grainCount >= MAX_GRAIN)
                     return false;
                 grain = static_cast<std::uint16_t>(m_grainCount++);
             } else if (m_grains[grain].count >= mostJoined) {
                 continue;
             }
-            m_repeats = m_repeats || m_labels.Get(pixel) != GrainLabels::none;
+            m_repeats = m_repeats || m_map.Get(pixel) != GrainMap::none;
             AddPixel(m_grains[grain], pixel);
-            m_labels.Set(pixel, grain);
+            m_map.Set(pixel, grain);
         }
         return true;
     }
 
     void Merge(int maxSize) {
         if (m_repeats) {
-            // A position listed twice has one label for several pixels, which the touch counts would miss.
+            // A position listed twice has one entry for several pixels, which the touch counts would miss.
             MergeTwice(maxSize,
                        [this](std::size_t a, std::size_t b) { MergeIfTouching(m_grains[a], m_grains[b]); });
         } else {
@@ -102,7 +104,7 @@ private:
     std::span<Grain> Used() { return {m_grains.data(), static_cast<std::size_t>(m_grainCount)}; }
 
     static bool Counts(const Candidate& candidate) {
-        return candidate.live != 0 && GrainLabels::InFrame(candidate.x, candidate.y);
+        return candidate.live != 0 && GrainMap::InFrame(candidate.x, candidate.y);
     }
 
     template<typename MergePair>
@@ -133,7 +135,7 @@ private:
         for (std::size_t grain = 0; grain < static_cast<std::size_t>(m_grainCount); ++grain) {
             m_owner[grain] = static_cast<std::uint16_t>(grain);
             for (const PixelPosition pixel : Pixels(m_grains[grain])) {
-                m_labels.VisitHalfAround(pixel, [&](std::uint16_t other) {
+                m_map.VisitHalfAround(pixel, [&](std::uint16_t other) {
                     if (other != grain)
                         m_touches.AddPair(grain, other);
                 });
@@ -141,7 +143,7 @@ private:
         }
     }
 
-    /// AppendGrain, with the touch counts kept true. Pixels of b that are lost keep labels that lead to b,
+    /// AppendGrain, with the touch counts kept true. Pixels of b that are lost stay b's in the map,
     /// which is empty from now on and never asked for.
     void MoveGrain(std::size_t a, std::size_t b) {
         const std::span<const PixelPosition> source = Pixels(m_grains[b]);
@@ -152,7 +154,7 @@ private:
                          static_cast<std::uint16_t>(a));
         } else if (moved > 0) {
             for (const PixelPosition pixel : source.first(moved))
-                m_labels.Set(pixel, static_cast<std::uint16_t>(a));
+                m_map.Set(pixel, static_cast<std::uint16_t>(a));
             RecountTouches(a);
         }
     }
@@ -160,14 +162,14 @@ private:
     void RecountTouches(std::size_t grain) {
         m_touches.Clear(grain);
         for (const PixelPosition pixel : Pixels(m_grains[grain])) {
-            m_labels.VisitAround(pixel, [&](std::uint16_t other) {
+            m_map.VisitAround(pixel, [&](std::uint16_t other) {
                 if (m_owner[other] != grain)
                     m_touches.AddPair(grain, m_owner[other]);
             });
         }
     }
 
-    GrainLabels& m_labels;
+    GrainMap& m_map;
     TouchCounts& m_touches;
     std::array<std::uint16_t, grainTableSize>& m_owner;
     std::span<const Candidate> m_candidates;
@@ -182,18 +184,26 @@ int MinimumReducedPixels(std::int32_t areaUm2) {
     return TruncateToInt(areaUm2 / reducedPixelUm2);
 }
 
-int MinimumPixels(std::int32_t areaUm2) {
+int MinimumFullPixels(std::int32_t areaUm2) {
     return TruncateToInt(static_cast<double>(areaUm2) * pixelsPerReducedPixel / reducedPixelUm2);
 }
 
 void GroupCandidates(FieldAnalysis& field, const Candidate* candidates, int candidateCount,
                      GrainTable& grains, std::int32_t& groupCount, int minSize, int maxSize) {
+    assert(candidateCount >= 0);
     Grouping grouping(field.scratch.grouping, {candidates, static_cast<std::size_t>(candidateCount)}, grains);
     if (!grouping.Gather() && field.status != nullptr)
         field.status->ShowInformation(grainOverflowText);
     grouping.Merge(maxSize);
     grouping.DropBySize(minSize, maxSize);
     groupCount = grouping.GrainCount();
+}
+
+void GroupGrains(FieldAnalysis& field) {
+    GroupCandidates(field, field.analyzer.candidates.data(), field.analyzer.candidateCount, field.grains,
+                    field.findings.groupCount, MinimumReducedPixels(field.settings.minimumFlakeArea),
+                    maximumGrainPixels);
+    ComputeGrainEdges(field.grains, field.findings.groupCount, field.findings.edges);
 }
 
 void MergeIfTouching(Grain& a, Grain& b) {

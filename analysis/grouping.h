@@ -10,7 +10,7 @@ namespace tessaro {
 /// The smallest grain that an area setting in um^2 lets through: trunc(area / 2.56) reduced pixels, and
 /// trunc(area * 16 / 2.56) pixels at full resolution. Areas beyond the range of int give its limits.
 int MinimumReducedPixels(std::int32_t areaUm2);
-int MinimumPixels(std::int32_t areaUm2);
+int MinimumFullPixels(std::int32_t areaUm2);
 
 inline constexpr int maximumGrainPixels = 10'000;
 
@@ -26,6 +26,10 @@ inline constexpr std::string_view grainOverflowText = "MAX_GRAIN overflow: group
 /// none: they are passed over.
 void GroupCandidates(FieldAnalysis& field, const Candidate* candidates, int candidateCount,
                      GrainTable& grains, std::int32_t& groupCount, int minSize, int maxSize);
+
+/// GroupCandidates of the field's candidates into its grain table, with the minimum flake area of the
+/// settings; then the grains' edges.
+void GroupGrains(FieldAnalysis& field);
 
 /// Moves grain b into grain a when they touch at two or more pairs of pixels.
 void MergeIfTouching(Grain& a, Grain& b);

@@ -10,7 +10,7 @@
 
 namespace tessaro {
 
-namespace label_grid {
+namespace grain_grid {
 
 inline constexpr int border = 2;
 inline constexpr std::ptrdiff_t columnStep = frameHeight + 2 * border;
@@ -25,61 +25,61 @@ inline constexpr std::array<std::ptrdiff_t, 12> diamond = {
     Step(0, 1),  Step(0, 2),  Step(1, -1), Step(1, 0),  Step(1, 1),   Step(2, 0),
     Step(0, -1), Step(0, -2), Step(-1, 1), Step(-1, 0), Step(-1, -1), Step(-2, 0)};
 
-} // namespace label_grid
+} // namespace grain_grid
 
 /// Which grain a pixel belongs to, by position, with a border of two empty pixels so that every neighbourhood
 /// can be read. Between uses all positions are free; whoever claims positions frees them again.
-class GrainLabels {
+class GrainMap {
 public:
     static constexpr std::uint16_t none = 0xFFFF;
 
-    GrainLabels() { m_labels.fill(none); }
+    GrainMap() { m_grains.fill(none); }
 
     static bool InFrame(int x, int y) { return x >= 0 && x < frameWidth && y >= 0 && y < frameHeight; }
 
     std::uint16_t Get(PixelPosition pixel) const { return *At(pixel); }
-    void Set(PixelPosition pixel, std::uint16_t grain) { m_labels[Offset(pixel)] = grain; }
+    void Set(PixelPosition pixel, std::uint16_t grain) { m_grains[Offset(pixel)] = grain; }
     void Free(PixelPosition pixel) { Set(pixel, none); }
 
     /// The lowest grain number within city-block distance 2 of the pixel, itself included, or none.
     std::uint16_t LowestAround(PixelPosition pixel) const {
         const std::uint16_t* here = At(pixel);
         std::uint16_t lowest = *here;
-        for (const std::ptrdiff_t offset : label_grid::diamond)
+        for (const std::ptrdiff_t offset : grain_grid::diamond)
             lowest = std::min(lowest, here[offset]);
         return lowest;
     }
 
-    /// Calls visit(grain) for the label at each position within distance 2, the pixel itself left out.
+    /// Calls visit(grain) for the grain at each position within distance 2, the pixel itself left out.
     template<typename Visit>
     void VisitAround(PixelPosition pixel, Visit visit) const {
-        VisitFirst<label_grid::diamond.size()>(pixel, visit);
+        VisitFirst<grain_grid::diamond.size()>(pixel, visit);
     }
 
     /// The half of those positions that, over all pixels, sees every pair of pixels once.
     template<typename Visit>
     void VisitHalfAround(PixelPosition pixel, Visit visit) const {
-        VisitFirst<label_grid::diamond.size() / 2>(pixel, visit);
+        VisitFirst<grain_grid::diamond.size() / 2>(pixel, visit);
     }
 
 private:
     static std::size_t Offset(PixelPosition pixel) {
         return static_cast<std::size_t>(
-            label_grid::Step(pixel.x + label_grid::border, pixel.y + label_grid::border));
+            grain_grid::Step(pixel.x + grain_grid::border, pixel.y + grain_grid::border));
     }
-    const std::uint16_t* At(PixelPosition pixel) const { return m_labels.data() + Offset(pixel); }
+    const std::uint16_t* At(PixelPosition pixel) const { return m_grains.data() + Offset(pixel); }
 
     template<std::size_t count, typename Visit>
     void VisitFirst(PixelPosition pixel, Visit visit) const {
         const std::uint16_t* here = At(pixel);
         for (std::size_t i = 0; i < count; ++i) {
-            if (const std::uint16_t label = here[label_grid::diamond[i]]; label != none)
-                visit(label);
+            if (const std::uint16_t grain = here[grain_grid::diamond[i]]; grain != none)
+                visit(grain);
         }
     }
 
-    std::array<std::uint16_t, std::size_t{frameWidth + 2 * label_grid::border} * label_grid::columnStep>
-        m_labels;
+    std::array<std::uint16_t, std::size_t{frameWidth + 2 * grain_grid::border} * grain_grid::columnStep>
+        m_grains;
 };
 
 /// How many pairs of touching pixels two grains have, counted up to the two that matter.
@@ -127,10 +127,10 @@ private:
 };
 
 struct GroupingScratch {
-    GrainLabels labels;
+    GrainMap map;
     TouchCounts touches;
-    std::array<std::uint16_t, grainTableSize> owner =
-        {}; // which grain took a grain's pixels over; itself at first
+    /// Which grain took a grain's pixels over; itself at first.
+    std::array<std::uint16_t, grainTableSize> owner = {};
 };
 
 } // namespace tessaro

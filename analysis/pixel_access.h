@@ -8,7 +8,6 @@
 namespace tessaro {
 
 // Channel numbers of the whole analysis.
-inline constexpr int channelCount = 3;
 inline constexpr int red = 0;
 inline constexpr int green = 1;
 inline constexpr int blue = 2;

@@ -12,6 +12,10 @@ inline constexpr int reducedWidth = frameWidth / reduction;
 inline constexpr int reducedHeight = frameHeight / reduction;
 inline constexpr int reducedPixelCount = reducedWidth * reducedHeight;
 
+/// Area on the wafer under the operator's microscope.
+inline constexpr double reducedPixelUm2 = 2.56;
+inline constexpr double framePixelUm2 = reducedPixelUm2 / (reduction * reduction);
+
 /// Means of the 4 x 4 pixel blocks of the frame: [channel 0..2][column 0..307][row 0..256], channel 0 red,
 /// 1 green, 2 blue. Indices must lie in range.
 class ReducedImage {
@@ -31,7 +35,7 @@ private:
         return static_cast<std::size_t>(channel * reducedPixelCount + column * reducedHeight + row);
     }
 
-    std::array<float, std::size_t{3}* reducedPixelCount> m_values = {};
+    std::array<float, std::size_t{channelCount}* reducedPixelCount> m_values = {};
 };
 
 } // namespace tessaro

@@ -25,7 +25,7 @@ public:
     bool AddBlock(PixelPosition reducedPixel) {
         // A grain that was refined before holds pixels of the frame, not of the reduced image; taken four
         // times they may lie outside the frame, where there is nothing to test.
-        if (!GrainLabels::InFrame(reduction * reducedPixel.x, reduction * reducedPixel.y))
+        if (!GrainMap::InFrame(reduction * reducedPixel.x, reduction * reducedPixel.y))
             return true;
         return m_field.analyzer.useInterpolatedBackground != 0 ? AddBlockInterpolated(reducedPixel)
                                                                : AddBlockByBlock(reducedPixel);
@@ -95,7 +95,7 @@ bool RefineGrain(FieldAnalysis& field, int g) {
     GrainTable& local = field.scratch.localGrains;
     std::int32_t nGroupLocal = 0;
     GroupCandidates(field, candidates.Data(), candidates.Count(), local, nGroupLocal,
-                    MinimumPixels(field.settings.minimumFlakeArea), maximumGrainPixels);
+                    MinimumFullPixels(field.settings.minimumFlakeArea), maximumGrainPixels);
     const Grain& chosen = local.grains[static_cast<std::size_t>(LargestGrain(local, nGroupLocal))];
     grain.count = chosen.count;
     std::copy_n(chosen.pixels.begin(), chosen.count, grain.pixels.begin());

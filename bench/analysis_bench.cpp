@@ -1,6 +1,6 @@
+#include "analysis/background_model.h"
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
-#include "analysis/detection.h"
 #include "analysis/field_analysis.h"
 #include "analysis/frame_statistics.h"
 #include "analysis/grouping.h"
@@ -12,10 +12,13 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <numeric>
+#include <random>
 #include <string>
 
 // Speed of the analysis on one core. Every program figure ("fast") has the plain transcription's ("plain")
@@ -86,7 +89,8 @@ void AnalysePlain(reference::PlainAnalysis& plain) {
     reference::RejectNoise(plain);
     reference::GroupCandidates(plain, plain.analyzer.candidates.data(), plain.analyzer.candidateCount,
                                plain.grains, plain.findings.groupCount,
-                               reference::MinimumPixels(plain.settings.minimumFlakeArea), maximumGrainPixels);
+                               reference::MinimumReducedPixels(plain.settings.minimumFlakeArea),
+                               maximumGrainPixels);
     reference::ComputeGrainEdges(plain.grains, plain.findings.groupCount, plain.findings.edges);
     benchmark::DoNotOptimize(reference::DecideSingleLayers(plain));
 }
@@ -132,6 +136,52 @@ void StatisticsPlain(benchmark::State& state) {
         reference::ComputeFrameStatistics(*plain, plain->frame);
 }
 
+/// What a background is made of: a dome with its top at (7, 9) that is `fall` lower at 10 blocks from there,
+/// and noise.
+struct Light {
+    const char* name;
+    double fall;
+    int noise;
+};
+
+constexpr Light lights[] = {
+    {"flat", 0, 0}, {"flat and noisy", 0, 3}, {"vignetted", 8, 0}, {"vignetted and noisy", 8, 3}};
+
+void Illuminate(const Light& light, BackgroundGrid& background, FrameRecord& frame) {
+    std::mt19937 random(1);
+    for (int channel = 0; channel < channelCount; ++channel) {
+        frame.bgPeak[static_cast<std::size_t>(channel)] = 150;
+        for (int gx = 0; gx < gridSize; ++gx) {
+            for (int gy = 0; gy < gridSize; ++gy) {
+                const int distance = (gx - 7) * (gx - 7) + (gy - 9) * (gy - 9);
+                const auto noise = static_cast<int>(random() % static_cast<unsigned>(2 * light.noise + 1));
+                const double value = 150 - light.fall * distance / 100 + noise - light.noise;
+                background.SetMeasured(channel, gx, gy, static_cast<float>(std::trunc(value)));
+            }
+        }
+    }
+}
+
+void FitFast(benchmark::State& state, const Light& light) {
+    const auto memory = std::make_unique<AnalysisMemory>();
+    Illuminate(light, memory->measured.background, memory->frame);
+    for (auto _ : state) {
+        ResetBackgroundModel(memory->analyzer.backgroundModel, memory->frame);
+        for (int sweep = 0; sweep < 3; ++sweep)
+            FitBackgroundModel(memory->analyzer.backgroundModel, memory->measured.background);
+    }
+}
+
+void FitPlain(benchmark::State& state, const Light& light) {
+    const auto plain = std::make_unique<reference::PlainAnalysis>();
+    Illuminate(light, plain->measured.background, plain->frame);
+    for (auto _ : state) {
+        reference::ResetBackgroundModel(*plain);
+        for (int sweep = 0; sweep < 3; ++sweep)
+            reference::FitBackgroundModel(*plain);
+    }
+}
+
 void ReadFrame(benchmark::State& state) {
     const FrameBuffer frame = DrawnField(0, 0);
     for (auto _ : state) {
@@ -151,6 +201,11 @@ int main(int argc, char** argv) {
     add("read the frame once", ReadFrame);
     add("ComputeFrameStatistics fast", StatisticsFast);
     add("ComputeFrameStatistics plain", StatisticsPlain);
+    for (const Light& light : lights) {
+        const std::string name = std::string("reset and three sweeps of FitBackgroundModel, ") + light.name;
+        add(name + " fast", [&light](benchmark::State& state) { FitFast(state, light); });
+        add(name + " plain", [&light](benchmark::State& state) { FitPlain(state, light); });
+    }
     for (const Scene& scene : Scenes()) {
         add("field, " + scene.name + " fast", [&scene](benchmark::State& state) { FieldFast(state, scene); });
         add("field, " + scene.name + " plain",

@@ -12,6 +12,7 @@ inline constexpr int frameWidth = 1232;
 inline constexpr int frameHeight = 1028;
 inline constexpr int framePixelCount = frameWidth * frameHeight;
 inline constexpr int bytesPerPixel = 4;
+inline constexpr int channelCount = 3; // red, green, blue, in this order wherever they are counted
 inline constexpr int frameByteCount = framePixelCount * bytesPerPixel;
 
 /// Byte of pixel (x, y) in a frame of the FrameBuffer layout; x and y must lie in the frame.
@@ -53,9 +54,9 @@ private:
 /// The current frame and the dominant (substrate) intensity of its channels, as the last statistics pass
 /// found it.
 struct FrameRecord {
-    const std::uint8_t* pixels = nullptr; // FrameBuffer layout, not owned
-    std::array<double, 3> bgPeak = {};    // [red, green, blue], 0 to 255, whole numbers
-    double bgPeakSum = 0.0;               // red + green + blue
+    const std::uint8_t* pixels = nullptr;         // FrameBuffer layout, not owned
+    std::array<double, channelCount> bgPeak = {}; // [red, green, blue], 0 to 255, whole numbers
+    double bgPeakSum = 0.0;                       // red + green + blue
 };
 
 } // namespace tessaro

@@ -100,6 +100,10 @@ Picture StretchAlongY(const Picture& picture, int height) {
     return stretched;
 }
 
+bool HasFrameSize(const Picture& picture) {
+    return picture.width == frameWidth && picture.height == frameHeight;
+}
+
 void CopyRows(const Picture& picture, FrameBuffer& frame) {
     for (int row = 0; row < frameHeight; ++row) {
         std::memcpy(frame.Data() + PixelOffset(0, StoredRow(row)), picture.Pixel(0, row),
@@ -109,11 +113,17 @@ void CopyRows(const Picture& picture, FrameBuffer& frame) {
 
 } // namespace
 
+Picture StretchedToFrame(const Picture& picture) {
+    if (HasFrameSize(picture))
+        return picture;
+    return StretchAlongY(StretchAlongX(picture, frameWidth), frameHeight);
+}
+
 void PictureToFrame(const Picture& picture, FrameBuffer& frame) {
-    if (picture.width == frameWidth && picture.height == frameHeight)
+    if (HasFrameSize(picture))
         CopyRows(picture, frame);
     else
-        CopyRows(StretchAlongY(StretchAlongX(picture, frameWidth), frameHeight), frame);
+        CopyRows(StretchedToFrame(picture), frame);
 }
 
 Picture FrameToPicture(const FrameBuffer& frame) {

@@ -14,7 +14,9 @@ struct Colour {
 };
 
 inline constexpr Colour black{0, 0, 0};
+inline constexpr Colour white{255, 255, 255};
 inline constexpr Colour pureRed{255, 0, 0};
+inline constexpr Colour pureBlue{0, 0, 255};
 
 /// Corners in surface pixels; (0, 0) is the top left of the surface, rows count downwards.
 struct SurfaceRectangle {

@@ -18,6 +18,7 @@ struct PictureError {
 };
 
 /// Decoding and encoding of picture files that are in memory. Calls from several threads at once are safe.
+/// A picture or a file that there is no memory for is an error, "not enough memory".
 class PictureFiles {
 public:
     virtual ~PictureFiles() = default;
@@ -33,9 +34,16 @@ public:
     /// MIME types "image/jpeg" (the encoder's default quality), "image/png".
     virtual std::variant<std::vector<std::uint8_t>, PictureError> Encode(const Picture& picture,
                                                                          std::string_view mimeType) = 0;
+
+    /// The MIME types that Encode knows.
+    virtual std::vector<std::string> EncoderTypes() = 0;
 };
 
 inline constexpr int maximumPictureSide = 32767;
 inline constexpr std::int64_t maximumPicturePixels = 100'000'000;
+
+/// A file that is larger needs not be read: the largest picture takes no more without compression, with four
+/// channels of 16 bits and a megabyte for what else there is in a file.
+inline constexpr std::int64_t maximumPictureFileBytes = maximumPicturePixels * 8 + 1'000'000;
 
 } // namespace tessaro

@@ -15,11 +15,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <optional>
 
 namespace tessaro {
 
 namespace {
+
+constexpr std::string_view jpegType = "image/jpeg";
+constexpr std::string_view pngType = "image/png";
+constexpr const char* noMemoryReason = "not enough memory";
 
 using namespace std::string_view_literals;
 
@@ -156,13 +161,11 @@ std::variant<Picture, PictureError> DecodeByQt(const QtFormat& format, std::span
     // Alpha is dropped, not blended: the colours stay as they are stored.
     image.convertTo(QImage::Format_RGB32);
     if (image.isNull())
-        return PictureError{"there is not enough memory for the picture"};
+        return PictureError{noMemoryReason};
     return CopyPixels(image);
 }
 
-} // namespace
-
-std::variant<Picture, PictureError> QtPictureFiles::Decode(std::span<const std::uint8_t> file) {
+std::variant<Picture, PictureError> DecodeByContent(std::span<const std::uint8_t> file) {
     if (file.empty())
         return PictureError{"the file is empty"};
     for (const QtFormat& format : qtFormats)
@@ -173,9 +176,9 @@ std::variant<Picture, PictureError> QtPictureFiles::Decode(std::span<const std::
     return PictureError{"not a JPEG, PNG, TIFF, BMP or PPM picture"};
 }
 
-std::variant<std::vector<std::uint8_t>, PictureError> QtPictureFiles::Encode(const Picture& picture,
-                                                                             std::string_view mimeType) {
-    if (mimeType != "image/jpeg" && mimeType != "image/png")
+std::variant<std::vector<std::uint8_t>, PictureError> EncodeByQt(const Picture& picture,
+                                                                 std::string_view mimeType) {
+    if (mimeType != jpegType && mimeType != pngType)
         return PictureError{"pictures cannot be written as " + std::string(mimeType)};
     if (auto fault = FindSizeFault(picture.width, picture.height))
         return *fault;
@@ -187,10 +190,33 @@ std::variant<std::vector<std::uint8_t>, PictureError> QtPictureFiles::Encode(con
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, mimeType == "image/png" ? "png" : "jpeg");
+    QImageWriter writer(&buffer, mimeType == pngType ? "png" : "jpeg");
     if (!writer.write(image))
         return PictureError{"the picture could not be written (" + writer.errorString().toStdString() + ")"};
     return std::vector<std::uint8_t>(bytes.begin(), bytes.end());
+}
+
+} // namespace
+
+std::variant<Picture, PictureError> QtPictureFiles::Decode(std::span<const std::uint8_t> file) {
+    try {
+        return DecodeByContent(file);
+    } catch (const std::bad_alloc&) {
+        return PictureError{noMemoryReason};
+    }
+}
+
+std::variant<std::vector<std::uint8_t>, PictureError> QtPictureFiles::Encode(const Picture& picture,
+                                                                             std::string_view mimeType) {
+    try {
+        return EncodeByQt(picture, mimeType);
+    } catch (const std::bad_alloc&) {
+        return PictureError{noMemoryReason};
+    }
+}
+
+std::vector<std::string> QtPictureFiles::EncoderTypes() {
+    return {std::string(jpegType), std::string(pngType)};
 }
 
 } // namespace tessaro

@@ -10,6 +10,7 @@ public:
     std::variant<Picture, PictureError> Decode(std::span<const std::uint8_t> file) override;
     std::variant<std::vector<std::uint8_t>, PictureError> Encode(const Picture& picture,
                                                                  std::string_view mimeType) override;
+    std::vector<std::string> EncoderTypes() override;
 };
 
 } // namespace tessaro

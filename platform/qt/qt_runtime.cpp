@@ -1,48 +1,13 @@
 #include "platform/qt/qt_runtime.h"
 
+#include "platform/qt/qt_start_scope.h"
+
 #include <QGuiApplication>
-#include <QString>
 
 #include <array>
-#include <clocale>
 #include <string>
 
 namespace tessaro {
-
-namespace {
-
-/// Qt adopts the user's locale for the whole C library; with it numbers would be printed with a decimal
-/// comma.
-class NumericLocaleKeeper {
-public:
-    NumericLocaleKeeper() : m_name(std::setlocale(LC_NUMERIC, nullptr)) {}
-    ~NumericLocaleKeeper() { std::setlocale(LC_NUMERIC, m_name.c_str()); }
-    NumericLocaleKeeper(const NumericLocaleKeeper&) = delete;
-    NumericLocaleKeeper& operator=(const NumericLocaleKeeper&) = delete;
-
-private:
-    std::string m_name;
-};
-
-QtMessageHandler handlerAtStart = nullptr;
-
-/// Without a login session (a container, a timer job) Qt remarks that it has no folder for sockets, which it
-/// does not need here; the operator's terminal is spared that.
-class StartMessageFilter {
-public:
-    StartMessageFilter() { handlerAtStart = qInstallMessageHandler(Pass); }
-    ~StartMessageFilter() { qInstallMessageHandler(handlerAtStart); }
-    StartMessageFilter(const StartMessageFilter&) = delete;
-    StartMessageFilter& operator=(const StartMessageFilter&) = delete;
-
-private:
-    static void Pass(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-        if (!text.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR")))
-            handlerAtStart(type, context, text);
-    }
-};
-
-} // namespace
 
 struct QtRuntime::Application {
     // Arguments win over the environment. The empty theme keeps a desktop theme from looking for a display.
@@ -59,8 +24,7 @@ struct QtRuntime::Application {
 };
 
 QtRuntime::QtRuntime() {
-    const NumericLocaleKeeper keeper;
-    const StartMessageFilter filter;
+    const QtStartScope starting;
     m_application = std::make_unique<Application>();
 }
 

@@ -1,6 +1,6 @@
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
-#include "analysis/detection.h"
+#include "analysis/grouping.h"
 #include "support/analysis_fixture.h"
 
 #include <cstdlib>

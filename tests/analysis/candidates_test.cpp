@@ -28,12 +28,7 @@ protected:
     void MakeEverythingMatch() {
         painter.Fill(singleLayer100);
         Measure();
-        for (int gx = 0; gx < gridSize; ++gx) {
-            for (int gy = 0; gy < gridSize; ++gy) {
-                for (int channel = 0; channel < 3; ++channel)
-                    field.measured.background.SetMeasured(channel, gx, gy, 100.0F);
-            }
-        }
+        SetBackground(100, 100, 100);
     }
 };
 
@@ -157,6 +152,20 @@ TEST_F(Candidates, AloneOrInPairsAreRejected) {
         EXPECT_EQ(At(i), Candidate{});
     EXPECT_EQ(field.analyzer.candidateMap.Get(50, 50), 0);
     EXPECT_EQ(LiveCandidates(field.analyzer), 0);
+}
+
+TEST_F(Candidates, AtTheCornersOfTheMapHaveNoNeighboursBesideIt) {
+    Add(0, 0);
+    Add(307, 256);
+    RejectNoise(field.analyzer);
+    EXPECT_EQ(LiveCandidates(field.analyzer), 0);
+    field.analyzer.candidateCount = 0;
+    for (const int x4 : {0, 1, 306, 307}) {
+        for (const int y4 : {0, 1, 255, 256})
+            Add(x4, y4);
+    }
+    RejectNoise(field.analyzer);
+    EXPECT_EQ(LiveCandidates(field.analyzer), 16) << "a square of four in each corner";
 }
 
 TEST_F(Candidates, InASquareOfFourSurvive) {

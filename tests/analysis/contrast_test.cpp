@@ -10,19 +10,6 @@ namespace {
 
 class ContrastTests : public AnalysisFixture {
 protected:
-    /// An evenly lit background, each channel its own.
-    void SetBackground(float redLevel, float greenLevel, float blueLevel) {
-        const std::array<float, 3> levels = {redLevel, greenLevel, blueLevel};
-        for (int channel = 0; channel < 3; ++channel) {
-            for (int gx = 0; gx < gridSize; ++gx) {
-                for (int gy = 0; gy < gridSize; ++gy) {
-                    field.measured.background.SetMeasured(channel, gx, gy,
-                                                          levels[static_cast<std::size_t>(channel)]);
-                }
-            }
-        }
-    }
-
     ContrastClass ClassifyReduced(float redLevel, float greenLevel, float blueLevel) {
         field.measured.reduced.Set(0, 100, 100, redLevel);
         field.measured.reduced.Set(1, 100, 100, greenLevel);

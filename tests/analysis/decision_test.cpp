@@ -1,7 +1,10 @@
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
-#include "analysis/detection.h"
+#include "analysis/grouping.h"
 #include "support/analysis_fixture.h"
+
+#include <cmath>
+#include <limits>
 
 namespace tessaro {
 namespace {
@@ -68,6 +71,17 @@ TEST_F(Decision, AddsOneThenTwoToTheTotalForTwoFlakesInOneField) {
                                                       "2 single layer detected!"}));
     EXPECT_EQ(Decide(), 2);
     EXPECT_EQ(field.findings.totalFound, 6) << "the total only grows";
+}
+
+TEST_F(Decision, KeepsTheTotalAtTheLargestNumberThereIs) {
+    constexpr std::int32_t largest = std::numeric_limits<std::int32_t>::max();
+    painter.Rectangle(200, 200, 40, 40, singleLayer100);
+    painter.Rectangle(400, 400, 40, 40, singleLayer100);
+    field.findings.totalFound = largest - 2; // plus 1, plus 2
+    EXPECT_EQ(Decide(), 2);
+    EXPECT_EQ(field.findings.totalFound, largest);
+    EXPECT_EQ(Decide(), 2);
+    EXPECT_EQ(field.findings.totalFound, largest);
 }
 
 TEST_F(Decision, FramesTheFlakeInRedAtFullResolution) {

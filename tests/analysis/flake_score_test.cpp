@@ -24,7 +24,7 @@ protected:
 
     float Score() {
         Measure();
-        return FlakeScore(field, 0);
+        return FlakeScorer(field).Score(0);
     }
 
     const SubScores& Scores() const { return field.findings.subScores[0]; }
@@ -86,7 +86,8 @@ TEST_P(SizeScoring, GrowsToTenAtAThousandPixels) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, SizeScoring,
                          testing::Values(SizeCase{25, 10, 2.5F}, SizeCase{27, 37, 9.99F},
-                                         SizeCase{100, 10, 10.0F}, SizeCase{100, 50, 10.0F}));
+                                         SizeCase{100, 10, 10.0F}, SizeCase{77, 13, 10.0F},
+                                         SizeCase{100, 50, 10.0F}));
 
 TEST_F(Scoring, GivesNoBgWhenOtherMaterialSurroundsTheGrain) {
     painter.Rectangle(190, 190, 60, 60, {150, 150, 150});

@@ -1,4 +1,3 @@
-#include "analysis/detection.h"
 #include "analysis/grouping.h"
 #include "reference/plain_analysis.h"
 #include "support/analysis_fixture.h"
@@ -61,6 +60,13 @@ protected:
     std::vector<Candidate> candidates;
     std::int32_t groupCount = -1;
 };
+
+#ifndef NDEBUG
+TEST_F(GrainGrouping, OfANegativeNumberOfCandidatesIsAMistakeOfTheCaller) {
+    EXPECT_DEATH(GroupCandidates(field, candidates.data(), -1, field.grains, groupCount, 1, 10),
+                 "candidateCount >= 0");
+}
+#endif
 
 TEST_F(GrainGrouping, JoinsPixelsUpToCityBlockDistanceTwo) {
     Add(10, 10);
@@ -339,9 +345,9 @@ TEST(MinimumSizes, AreTruncated) {
     EXPECT_EQ(MinimumReducedPixels(100), 39);
     EXPECT_EQ(MinimumReducedPixels(0), 0);
     EXPECT_EQ(MinimumReducedPixels(-100), -39);
-    EXPECT_EQ(MinimumPixels(100), 625);
-    EXPECT_EQ(MinimumPixels(101), 631);
-    EXPECT_EQ(MinimumPixels(std::numeric_limits<int>::max()), std::numeric_limits<int>::max());
+    EXPECT_EQ(MinimumFullPixels(100), 625);
+    EXPECT_EQ(MinimumFullPixels(101), 631);
+    EXPECT_EQ(MinimumFullPixels(std::numeric_limits<int>::max()), std::numeric_limits<int>::max());
 }
 
 class LargestOfGrains : public AnalysisFixture {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace tessaro {
 namespace {
 
@@ -109,6 +111,27 @@ TEST(ReferenceEquality, HoldsWhenGrainsAreDecidedTwice) {
     pair.AnalyseField(painter.frame);
     pair.Decide();
     pair.Decide();
+}
+
+TEST(ReferenceEquality, HoldsWithSettingsThatNobodyMeans) {
+    using Limits = std::numeric_limits<float>;
+    FramePainter painter(9);
+    PaintScene(painter, 20);
+    for (const float odd : {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), 3e38F, -3e38F}) {
+        for (const int field : {0, 1, 2}) {
+            SCOPED_TRACE(testing::Message() << odd << " as setting " << field);
+            Settings settings = SettingsWithThreshold(20);
+            (field == 0   ? settings.targetContrast[1]
+             : field == 1 ? settings.contrastTolerance
+                          : settings.scoreThreshold) = odd;
+            for (const int interpolated : {1, 0}) {
+                AnalysisPair pair(settings);
+                pair.Fast().analyzer.useInterpolatedBackground = interpolated;
+                pair.Plain().analyzer.useInterpolatedBackground = interpolated;
+                pair.AnalyseField(painter.frame);
+            }
+        }
+    }
 }
 
 TEST(ReferenceEquality, HoldsOnBlackAndWhiteFrames) {

@@ -64,12 +64,7 @@ TEST_F(Refinement, ClearsOldMarksInsideTheBoxOnly) {
 TEST_F(Refinement, StopsAtTwentyThousandMatchingPixels) {
     painter.Rectangle(200, 200, 200, 200, singleLayer100);
     Measure();
-    for (int channel = 0; channel < 3; ++channel) {
-        for (int gx = 0; gx < gridSize; ++gx) {
-            for (int gy = 0; gy < gridSize; ++gy)
-                field.measured.background.SetMeasured(channel, gx, gy, 100.0F);
-        }
-    }
+    SetBackground(100, 100, 100);
     MakeGrain(50, 50, 50, 50);
     EXPECT_TRUE(RefineGrain(field, 0));
     // 1,250 of the 2,500 reduced pixels fill the list, row by row: 25 rows of 50. The full grain takes 9,999.

@@ -1,13 +1,15 @@
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
-#include "analysis/detection.h"
 #include "analysis/field_analysis.h"
 #include "analysis/frame_statistics.h"
+#include "analysis/grouping.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 
 // Frames and settings made from the input, through the whole analysis, field after field with the state kept.
@@ -61,8 +63,17 @@ void Paint(Input& input, FrameBuffer& frame) {
     }
 }
 
+/// A number of percent, or one of those that a settings line may hold although nobody means them.
+float Percent(Input& input) {
+    using Limits = std::numeric_limits<float>;
+    constexpr std::array<float, 6> odd = {
+        Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), 3e38F, -3e38F, Limits::denorm_min()};
+    const auto byte = static_cast<std::size_t>(input.Byte());
+    return byte < odd.size() ? odd[byte] : static_cast<float>(byte) - 128;
+}
+
 Settings MakeSettings(Input& input) {
-    const auto percent = [&] { return static_cast<float>(input.Byte() - 128); };
+    const auto percent = [&] { return Percent(input); };
     Settings settings;
     settings.targetContrast = {percent(), percent(), percent()};
     settings.contrastTolerance = percent();

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace tessaro {
 namespace {
 
@@ -41,6 +43,20 @@ TEST(PictureToFrame, IsTakenBackByFrameToPicture) {
     FrameBuffer frame;
     PictureToFrame(picture, frame);
     EXPECT_EQ(FrameToPicture(frame).pixels, picture.pixels);
+}
+
+TEST(StretchedToFrame, IsThePictureThatTheFrameHolds) {
+    for (const auto& [width, height] : {std::pair{frameWidth, frameHeight}, {3, 2}, {1300, 5}}) {
+        Picture picture(width, height);
+        for (std::size_t i = 0; i < picture.pixels.size(); ++i)
+            picture.pixels[i] = static_cast<std::uint8_t>(i * 7 / 3);
+        FrameBuffer frame;
+        PictureToFrame(picture, frame);
+        const Picture stretched = StretchedToFrame(picture);
+        EXPECT_EQ(stretched.width, frameWidth);
+        EXPECT_EQ(stretched.height, frameHeight);
+        EXPECT_EQ(stretched.pixels, FrameToPicture(frame).pixels) << width << " x " << height;
+    }
 }
 
 struct PictureSize {

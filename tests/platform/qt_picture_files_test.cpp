@@ -1,5 +1,6 @@
 #include "platform/qt/qt_picture_files.h"
 #include "tests/platform/picture_files_contract.h"
+#include "tests/platform/picture_formats_contract.h"
 #include "tests/platform/sample_pictures.h"
 
 #include <QBuffer>
@@ -19,13 +20,14 @@
 namespace tessaro {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Qt, PictureFilesContract, QtPictureFiles);
+INSTANTIATE_TYPED_TEST_SUITE_P(Qt, PictureFormatsContract, QtPictureFiles);
 
 namespace {
 
 using samples::Bytes;
 using ColourList = std::vector<std::string>;
 
-class QtPictureFilesTest : public PictureFilesContract<QtPictureFiles> {
+class QtPictureFilesTest : public PictureFormatsContract<QtPictureFiles> {
 protected:
     Bytes GreyJpeg(int width, int height) {
         QImage grey(width, height, QImage::Format_Grayscale8);

@@ -47,6 +47,18 @@ int AverageAlongY(const FrameRecord& frame, int channel, int x, int y, int n);
 /// record.
 int ComputeFrameStatistics(PlainAnalysis& analysis, FrameRecord& frame);
 
+// Background model. Channels: 0 red, 1 green, 2 blue; parameters 0 to 4 as in BackgroundModel.
+
+double ModelValue(const PlainAnalysis& analysis, int channel, int gx, int gy);
+double ModelError(const PlainAnalysis& analysis, int channel);
+void LineSearchParameter(PlainAnalysis& analysis, int channel, int parameter);
+void FitBackgroundModel(PlainAnalysis& analysis);
+void ResetBackgroundModel(PlainAnalysis& analysis);
+
+/// Fills `view`, a buffer in the FrameBuffer layout, from the fitted grid when `fitted` is not 0, else from
+/// the measured one. Returns 1.
+int PaintBackground(const PlainAnalysis& analysis, std::uint8_t* view, int fitted);
+
 // Contrast tests: 1 matches the target, -1 differs from background and target (reduced pixels only), 0
 // background.
 
@@ -67,7 +79,7 @@ void RejectNoise(PlainAnalysis& analysis);
 // Grains.
 
 /// Reduced pixels of an area in um^2, and full-resolution pixels of it.
-int MinimumPixels(int area);
+int MinimumReducedPixels(int area);
 int MinimumFullPixels(int area);
 
 void GroupCandidates(PlainAnalysis& analysis, const Candidate* candidates, int candidateCount,

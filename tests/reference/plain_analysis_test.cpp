@@ -195,10 +195,10 @@ TEST_F(PlainAnalysis, DropsGrainsBelowTheMinimumSize) {
     for (std::int16_t i = 0; i < 38; ++i)
         positions.push_back({static_cast<std::int16_t>(30 + i), 20});
     SetCandidates(positions);
-    EXPECT_EQ(MinimumPixels(100), 39);
+    EXPECT_EQ(MinimumReducedPixels(100), 39);
     EXPECT_EQ(MinimumFullPixels(100), 625);
     EXPECT_EQ(MinimumFullPixels(std::numeric_limits<int>::max()), std::numeric_limits<int>::max());
-    Group(MinimumPixels(100));
+    Group(MinimumReducedPixels(100));
     EXPECT_EQ(Counts(), (std::vector<std::int32_t>{39, 0}));
 }
 

@@ -109,7 +109,7 @@ void FilterBySize(GrainTable& grains, int n, int minSize, int maxSize) {
 
 } // namespace
 
-int MinimumPixels(int area) {
+int MinimumReducedPixels(int area) {
     return TruncateToInt(area / 2.56);
 }
 

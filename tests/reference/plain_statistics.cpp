@@ -7,7 +7,6 @@
 namespace tessaro::reference {
 namespace {
 
-constexpr int channelCount = 3;
 constexpr int binCount = 256;
 constexpr double peakWindow = 25.0; // half width of the search around the peak of the whole frame
 

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstddef>
 #include <memory>
 
 namespace tessaro {
@@ -22,6 +24,19 @@ protected:
     }
 
     void Measure() { ComputeFrameStatistics(field.frame, field.frame, field.measured); }
+
+    /// An evenly lit background, each channel its own.
+    void SetBackground(float redLevel, float greenLevel, float blueLevel) {
+        const std::array<float, channelCount> levels = {redLevel, greenLevel, blueLevel};
+        for (int channel = 0; channel < channelCount; ++channel) {
+            for (int gx = 0; gx < gridSize; ++gx) {
+                for (int gy = 0; gy < gridSize; ++gy) {
+                    field.measured.background.SetMeasured(channel, gx, gy,
+                                                          levels[static_cast<std::size_t>(channel)]);
+                }
+            }
+        }
+    }
 
     /// Paints whole reduced pixels.
     void PaintReduced(int x4, int y4, int columns, int rows, FramePainter::Rgb colour) {

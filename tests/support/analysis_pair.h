@@ -2,9 +2,9 @@
 
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
-#include "analysis/detection.h"
 #include "analysis/field_analysis.h"
 #include "analysis/frame_statistics.h"
+#include "analysis/grouping.h"
 #include "platform/fake/recording_surface.h"
 #include "reference/plain_analysis.h"
 #include "support/recording_status.h"
@@ -64,9 +64,10 @@ public:
 
     void Group() {
         GroupGrains(m_field);
-        reference::GroupCandidates(
-            *m_plain, m_plain->analyzer.candidates.data(), m_plain->analyzer.candidateCount, m_plain->grains,
-            m_plain->findings.groupCount, reference::MinimumPixels(m_settings.minimumFlakeArea), 10'000);
+        reference::GroupCandidates(*m_plain, m_plain->analyzer.candidates.data(),
+                                   m_plain->analyzer.candidateCount, m_plain->grains,
+                                   m_plain->findings.groupCount,
+                                   reference::MinimumReducedPixels(m_settings.minimumFlakeArea), 10'000);
         reference::ComputeGrainEdges(m_plain->grains, m_plain->findings.groupCount, m_plain->findings.edges);
         ExpectSameGrains();
     }

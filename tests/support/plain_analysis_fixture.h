@@ -2,26 +2,16 @@
 
 #include "platform/fake/recording_surface.h"
 #include "reference/plain_analysis.h"
+#include "support/recording_status.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace tessaro::reference::tests {
-
-class RecordingStatus : public StatusSink {
-public:
-    void ShowInformation(std::string_view text) override { lines.emplace_back(text); }
-    void ShowTotalFound(std::int32_t total) override { totals.push_back(total); }
-
-    std::vector<std::string> lines;
-    std::vector<std::int32_t> totals;
-};
 
 /// An analysis of a black frame that draws on and reports to recorders, and ways to set its parts by hand.
 class PlainAnalysis : public ::testing::Test {
@@ -81,7 +71,7 @@ protected:
         ComputeFrameStatistics(*analysis, analysis->frame);
         FindCandidates(*analysis, false);
         RejectNoise(*analysis);
-        Group(MinimumPixels(analysis->settings.minimumFlakeArea));
+        Group(MinimumReducedPixels(analysis->settings.minimumFlakeArea));
         ComputeGrainEdges(analysis->grains, analysis->findings.groupCount, analysis->findings.edges);
     }
 

@@ -2,6 +2,7 @@
 
 #include "analysis/status_sink.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -99,7 +99,11 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{{"--threshold", "", "a"}, "--threshold takes a number of score points, not ''"},
         WrongUsage{{"--jobs", "0", "a"}, "--jobs takes a whole number from 1 to 256, not '0'"},
         WrongUsage{{"--jobs", "257", "a"}, "--jobs takes a whole number from 1 to 256, not '257'"},
-        WrongUsage{{"-x", "a"}, "unknown or unclear option '-x'"}));
+        WrongUsage{{"-x", "a"}, "unknown or unclear option '-x'"},
+        WrongUsage{{"--balance", "-xyz", "a"}, "unknown or unclear option '-x'"},
+        WrongUsage{{"a", "-xyz"}, "unknown or unclear option '-x'"},
+        WrongUsage{{"--balance", "-\xC3\xA9", "a"}, "unknown or unclear option '-\xC3'"},
+        WrongUsage{{"--balance=3", "a"}, "unknown or unclear option '--balance=3'"}));
 
 } // namespace
 } // namespace tessaro

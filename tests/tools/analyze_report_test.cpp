@@ -90,7 +90,36 @@ TEST(ReportText, SaysWhatWasFoundAndWhereInThePicture) {
     EXPECT_EQ(ReportText(SampleReport()), "field.jpg: 1 single layer among 1 grain, best score 45.5; 60 "
                                           "candidate pixels, noise 1.2, background "
                                           "R 100 G 101 B 102\n"
-                                          "    single layer at x 440, y 1616: score 45.5, about 128 um2\n");
+                                          "    single layer at x 440, y 1616: score 45.5\n");
+}
+
+TEST(ReportText, TellsTheAreaInAPictureOfTheFramesSizeOnly) {
+    PictureReport report = SampleReport();
+    report.pictureWidth = 1232;
+    report.pictureHeight = 1028;
+    // 800 frame pixels are 50 reduced ones of 2.56 um2.
+    EXPECT_NE(ReportText(report).find(" at x 220, y 808: score 45.5, about 128 um2\n"), std::string::npos);
+    report.pictureHeight = 1029;
+    EXPECT_EQ(ReportText(report).find("um2"), std::string::npos);
+    report.pictureHeight = 1028;
+    report.pictureWidth = 1231;
+    EXPECT_EQ(ReportText(report).find("um2"), std::string::npos);
+}
+
+TEST(ReportText, HasALineForEachGrainBelowTheThresholdToo) {
+    PictureReport report = SampleReport();
+    GrainReport grain = report.grains[0];
+    grain.left = 399;
+    grain.right = 441;
+    grain.score = 12;
+    grain.single = false;
+    report.grains.push_back(grain);
+    grain.score = std::numeric_limits<float>::quiet_NaN();
+    report.grains.push_back(grain);
+    EXPECT_NE(ReportText(report).find("    single layer at x 440, y 1616: score 45.5\n"
+                                      "    grain at x 840, y 1616: score 12.0\n"
+                                      "    grain at x 840, y 1616: no score\n"),
+              std::string::npos);
 }
 
 TEST(ReportText, SaysWhenGrainsWereLeftOut) {
@@ -100,8 +129,14 @@ TEST(ReportText, SaysWhenGrainsWereLeftOut) {
 }
 
 TEST(SummaryText, CountsPicturesFailuresAndFlakes) {
-    EXPECT_EQ(SummaryText(3, 0, 2), "2 single layers in 3 pictures\n");
-    EXPECT_EQ(SummaryText(1, 1, 1), "1 single layer in 1 picture; 1 picture could not be read\n");
+    EXPECT_EQ(SummaryText({.analysed = 3, .found = 2}), "2 single layers in 3 pictures\n");
+    EXPECT_EQ(SummaryText({.analysed = 1, .failed = 1, .found = 1}),
+              "1 single layer in 1 picture; 1 picture could not be analysed\n");
+    EXPECT_EQ(SummaryText({.analysed = 5, .failed = 2, .unsaved = 1}),
+              "0 single layers in 5 pictures; 2 pictures could not be analysed; 1 annotated picture could "
+              "not be saved\n");
+    EXPECT_EQ(SummaryText({.analysed = 5, .unsaved = 2}),
+              "0 single layers in 5 pictures; 2 annotated pictures could not be saved\n");
 }
 
 } // namespace

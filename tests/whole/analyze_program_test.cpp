@@ -3,10 +3,12 @@
 #include "support/drawn_frames.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
+#include "support/terminal.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <unistd.h>
 
 namespace tessaro {
 namespace {
@@ -31,6 +33,12 @@ protected:
 
     static ProgramRun Run(const std::vector<std::string>& arguments, const std::string& before = {}) {
         return RunProgram(TESSARO_ANALYZE, arguments, before);
+    }
+
+    /// Runs the program with some of its standard streams led elsewhere or closed ("2>&-").
+    static ProgramRun RunRedirected(const std::string& redirection, std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"-c", "exec \"$0\" \"$@\" " + redirection, TESSARO_ANALYZE});
+        return RunProgram("/bin/sh", arguments);
     }
 
     std::string InFolder(const std::string& name) const { return (folder.Path() / name).string(); }
@@ -58,6 +66,12 @@ TEST_F(AnalyzeProgram, RefusesWrongUsageWithStatusTwo) {
         EXPECT_EQ(run.output, "");
         EXPECT_EQ(run.errors.substr(0, 17), "tessaro-analyze: ");
     }
+}
+
+TEST_F(AnalyzeProgram, NamesTheSettingsThatCannotBeRead) {
+    EXPECT_EQ(Run({"--settings", InFolder("absent"), "a.png"}).errors,
+              "tessaro-analyze: cannot read the settings '" + InFolder("absent") +
+                  "': No such file or directory\nTry 'tessaro-analyze --help'.\n");
 }
 
 TEST_F(AnalyzeProgram, TellsAPersonWhatItFound) {
@@ -162,6 +176,88 @@ TEST_F(AnalyzeProgram, ReportsResultsThatCannotBeWritten) {
     EXPECT_NE(run.errors.find("the results could not be written whole"), std::string::npos);
     EXPECT_EQ(Run({"--json", InFolder("absent/result.json"), picture}).exitStatus, 2);
     EXPECT_EQ(Run({"--save", picture + "/folder", picture}).exitStatus, 2);
+}
+
+TEST_F(AnalyzeProgram, KeepsErrorsOutOfTheResultsWhenStreamsAreClosed) {
+    const std::string good = WriteFlake("good.png");
+    const std::string json = InFolder("result.json");
+    EXPECT_EQ(Run({"--json", json, good}).exitStatus, 0);
+    const std::string expected = ReadText(json);
+    for (const char* closed : {"2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
+        EXPECT_EQ(RunRedirected(closed, {"--json", json, InFolder("absent"), good}).exitStatus, 1);
+        EXPECT_EQ(ReadText(json), expected) << closed;
+    }
+}
+
+TEST_F(AnalyzeProgram, RefusesToWriteItsResultsOverAPicture) {
+    const std::string picture = WriteFlake("field.png");
+    const std::string before = ReadText(picture);
+    const ProgramRun run = Run({"--json", InFolder("./field.png"), picture});
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_NE(run.errors.find("./field.png' is one of the files to read"), std::string::npos);
+    EXPECT_EQ(ReadText(picture), before);
+}
+
+TEST_F(AnalyzeProgram, FailsWhenItsOutputIsClosed) {
+    const ProgramRun run = RunRedirected(">&-", {WriteFlake("field.png")});
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_NE(run.errors.find("the results could not be written whole"), std::string::npos);
+}
+
+TEST_F(AnalyzeProgram, FailsWhenWhatItExplainsCannotBeWritten) {
+    for (const char* option : {"--help", "--version"}) {
+        const ProgramRun run = RunRedirected(">/dev/full", {option});
+        EXPECT_EQ(run.exitStatus, 1) << option;
+        EXPECT_EQ(run.errors, "tessaro-analyze: cannot write: No space left on device\n");
+    }
+}
+
+TEST_F(AnalyzeProgram, FailsWhenTheReaderOfItsOutputGoesAway) {
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    ASSERT_LT(ends[1], 10) << "the shell knows descriptors of one digit";
+    const ProgramRun run = RunRedirected(">&" + std::to_string(ends[1]), {WriteFlake("field.png")});
+    close(ends[1]);
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_EQ(run.errors, "tessaro-analyze: the results could not be written whole: Broken pipe\n");
+}
+
+TEST_F(AnalyzeProgram, ShowsOnATerminalHowFarManyPicturesAre) {
+    const Terminal terminal;
+    if (!terminal.Works())
+        GTEST_SKIP() << "no terminal to be had";
+    const std::string absent = InFolder("absent");
+    RunRedirected("2>" + terminal.Name(), {absent, absent, absent, absent});
+    const std::string clear = "\r\033[K";
+    const std::string complaint = "tessaro-analyze: " + absent + ": No such file or directory\r\n";
+    std::string expected = "\r0 of 4 pictures";
+    for (const char* done : {"1", "2", "3", "4"})
+        expected += clear + complaint + "\r" + done + " of 4 pictures";
+    EXPECT_EQ(terminal.Read(), expected + clear);
+}
+
+TEST_F(AnalyzeProgram, ShowsNoProgressOfAFewPicturesNorBesideATerminal) {
+    const Terminal terminal;
+    if (!terminal.Works())
+        GTEST_SKIP() << "no terminal to be had";
+    const std::string picture = WriteFlake("field.png");
+    RunRedirected("2>" + terminal.Name(), {picture, picture, picture});
+    EXPECT_EQ(terminal.Read(), "");
+    EXPECT_EQ(Run({picture, picture, picture, picture}).errors, "");
+}
+
+TEST_F(AnalyzeProgram, SavesPicturesOfTheSameNameFromTwoFoldersApart) {
+    std::filesystem::create_directory(folder.Path() / "a");
+    std::filesystem::create_directory(folder.Path() / "b");
+    const std::string out = InFolder("out");
+    const ProgramRun run =
+        Run({"--json", "-", "--save", out, WriteFlake("a/field.png"), WriteFlake("b/field.png")});
+    EXPECT_EQ(run.exitStatus, 0);
+    EXPECT_EQ(run.errors, "tessaro-analyze: " + InFolder("a/field.png") + ": saved as " + out +
+                              "/field.jpg\ntessaro-analyze: " + InFolder("b/field.png") + ": saved as " +
+                              out + "/field_0.jpg\n");
+    EXPECT_EQ(ReadText(out + "/field.jpg"), ReadText(out + "/field_0.jpg"));
 }
 
 TEST_F(AnalyzeProgram, LeavesNoTruncatedPictureOnAFullDisk) {

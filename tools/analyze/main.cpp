@@ -1,22 +1,21 @@
 #include "analyze/batch.h"
+#include "analyze/batch_output.h"
+#include "analyze/complain.h"
 #include "analyze/options.h"
-#include "analyze/report_json.h"
-#include "analyze/report_table.h"
 #include "analyze/result_files.h"
+#include "platform/posix/standard_streams.h"
 #include "platform/qt/qt_drawing_surface.h"
 #include "platform/qt/qt_picture_files.h"
 #include "platform/qt/qt_runtime.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <string_view>
-#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -27,10 +26,6 @@ using namespace tessaro;
 enum ExitStatus : int { allAnalysed = 0, someFailed = 1, wrongUsage = 2 };
 
 constexpr std::size_t manyPictures = 4; // from here on a progress line helps
-
-void Complain(const std::string& text) {
-    std::fprintf(stderr, "tessaro-analyze: %s\n", text.c_str());
-}
 
 int RefuseUsage(const std::string& text) {
     Complain(text);
@@ -57,99 +52,6 @@ public:
 private:
     std::size_t m_count;
     bool m_shown;
-};
-
-/// Where results go as they come in: JSON lines or readable text, annotated pictures, errors.
-class Results {
-public:
-    /// Returns what went wrong, or nothing.
-    std::string Open(const AnalyzeOptions& options) {
-        if (options.saveFolder) {
-            m_saveFolder = *options.saveFolder;
-            std::error_code error;
-            std::filesystem::create_directories(m_saveFolder, error);
-            if (!std::filesystem::is_directory(m_saveFolder))
-                return "cannot make the folder '" + *options.saveFolder + "'" +
-                       (error ? ": " + error.message() : std::string());
-        }
-        if (options.jsonFile && *options.jsonFile != "-") {
-            std::vector<std::string> inputs = options.pictures;
-            if (options.settingsFile)
-                inputs.push_back(*options.settingsFile);
-            for (const std::string& input : inputs) {
-                std::error_code ignored;
-                if (std::filesystem::equivalent(input, *options.jsonFile, ignored))
-                    return "'" + *options.jsonFile + "' is one of the files to read";
-            }
-            m_jsonFile.reset(std::fopen(options.jsonFile->c_str(), "w"));
-            if (!m_jsonFile)
-                return "cannot write '" + *options.jsonFile + "': " + std::strerror(errno);
-        }
-        m_json = options.jsonFile ? (m_jsonFile ? m_jsonFile.get() : stdout) : nullptr;
-        return {};
-    }
-
-    void Take(const BatchResult& result) {
-        if (!result.error.empty()) {
-            ++m_failed;
-            Complain(result.report.file + ": " + result.error);
-            return;
-        }
-        ++m_analysed;
-        m_found += result.report.found;
-        Write(m_json != nullptr ? m_json : stdout,
-              m_json != nullptr ? ReportJson(result.report) + "\n" : ReportText(result.report));
-        if (!m_saveFolder.empty())
-            Save(result);
-    }
-
-    /// Returns the exit status.
-    int Close() {
-        if (m_json == nullptr && m_analysed + m_failed > 1)
-            Write(stdout, SummaryText(m_analysed, m_failed, m_found));
-        if (m_jsonFile && std::fclose(m_jsonFile.release()) != 0)
-            WriteFailed();
-        if (m_writeFailed)
-            Complain("the results could not be written whole: " + m_writeError);
-        return m_failed > 0 || m_writeFailed || m_saveFailed ? someFailed : allAnalysed;
-    }
-
-private:
-    struct CloseFile {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-
-    void Write(std::FILE* file, const std::string& text) {
-        if (std::fputs(text.c_str(), file) < 0 || std::fflush(file) != 0)
-            WriteFailed();
-    }
-
-    void WriteFailed() {
-        if (!m_writeFailed)
-            m_writeError = std::strerror(errno);
-        m_writeFailed = true;
-    }
-
-    void Save(const BatchResult& result) {
-        const std::string stem = std::filesystem::path(result.report.file).stem().string();
-        const auto saved = WriteNewFile(m_saveFolder, stem, "jpg", result.annotatedJpeg);
-        if (const FileError* error = std::get_if<FileError>(&saved)) {
-            m_saveFailed = true;
-            Complain(result.report.file + ": the annotated picture could not be saved: " + error->reason);
-        } else if (m_json == nullptr) {
-            Write(stdout, "    saved as " + std::get<std::filesystem::path>(saved).string() + "\n");
-        }
-    }
-
-    std::filesystem::path m_saveFolder;
-    std::unique_ptr<std::FILE, CloseFile> m_jsonFile;
-    std::FILE* m_json = nullptr; // null: readable text on standard output
-    int m_analysed = 0;
-    int m_failed = 0;
-    int m_found = 0;
-    bool m_writeFailed = false;
-    bool m_saveFailed = false;
-    std::string m_writeError;
 };
 
 /// Returns what went wrong, or nothing.
@@ -181,8 +83,8 @@ int Run(const AnalyzeOptions& options) {
     batch.annotate = options.saveFolder.has_value();
     batch.jobs = options.jobs.value_or(CoreCount());
 
-    Results results;
-    if (const std::string wrong = results.Open(options); !wrong.empty())
+    BatchOutput output(stdout, stderr);
+    if (const std::string wrong = output.Open(options); !wrong.empty())
         return RefuseUsage(wrong);
 
     const QtRuntime runtime;
@@ -194,38 +96,43 @@ int Run(const AnalyzeOptions& options) {
     progress.Show(done);
     AnalyseBatch(options.pictures, batch, platform, [&](const BatchResult& result) {
         progress.Clear();
-        results.Take(result);
+        output.Take(result);
         progress.Show(++done);
     });
     progress.Clear();
-    return results.Close();
+    return output.Close() ? allAnalysed : someFailed;
+}
+
+/// Returns the exit status.
+int Print(const std::string& text) {
+    if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0)
+        return allAnalysed;
+    Complain(std::string("cannot write: ") + std::strerror(errno));
+    return someFailed;
 }
 
 int Start(int argc, char** argv) {
     AnalyzeOptions options;
     if (const std::string wrong = ParseOptions(argc, argv, options); !wrong.empty())
         return RefuseUsage(wrong);
-    if (options.help) {
-        std::fputs(AnalyzeUsage().c_str(), stdout);
-        return allAnalysed;
-    }
-    if (options.version) {
-        std::puts("tessaro-analyze " TESSARO_VERSION);
-        return allAnalysed;
-    }
+    if (options.help)
+        return Print(AnalyzeUsage());
+    if (options.version)
+        return Print("tessaro-analyze " TESSARO_VERSION "\n");
     return Run(options);
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    OccupyClosedStreams();
     // A reader that goes away ("| head") and a file-size limit show as failed writes.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     try {
         return Start(argc, argv);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "tessaro-analyze: %s\n", error.what());
+        Complain(error.what());
         return someFailed;
     }
 }

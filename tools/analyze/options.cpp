@@ -65,6 +65,16 @@ std::string Wrong(std::string_view name, std::string_view wanted, std::string_vi
     return std::string(name) + " takes " + std::string(wanted) + ", not '" + std::string(given) + "'";
 }
 
+/// What is wrong with the argument that getopt_long has just refused, `last` being the last one it finished.
+std::string Refused(int code, std::string_view last) {
+    if (code == ':')
+        return "option '" + std::string(last) + "' needs a value";
+    if (optopt < 0 ||
+        optopt > versionOption) // a short option: the argument that it stands in may not be finished
+        return std::string("unknown or unclear option '-") + static_cast<char>(optopt) + "'";
+    return "unknown or unclear option '" + std::string(last) + "'";
+}
+
 /// Takes over one option; returns what is wrong with its argument, or nothing.
 std::string TakeOption(int code, std::string_view argument, AnalyzeOptions& options) {
     switch (code) {
@@ -131,10 +141,8 @@ std::string ParseOptions(int argc, char* const* argv, AnalyzeOptions& options) {
         const int code = getopt_long(argc, argv, ":", longOptions, nullptr);
         if (code == -1)
             break;
-        if (code == '?')
-            return "unknown or unclear option '" + std::string(argv[optind - 1]) + "'";
-        if (code == ':')
-            return "option '" + std::string(argv[optind - 1]) + "' needs a value";
+        if (code == '?' || code == ':')
+            return Refused(code, argv[optind - 1]);
         if (std::string wrong = TakeOption(code, optarg == nullptr ? "" : optarg, options); !wrong.empty())
             return wrong;
     }
@@ -166,13 +174,14 @@ Finds single-layer flakes in microscope pictures (JPEG, PNG, TIFF, BMP, PPM). A 
                     white balance would
   --json FILE       write one JSON object a picture, a line each, in the order given
                     (-: standard output)
-  --save DIR        save each picture with scores and frames drawn in, as a new JPEG
+  --save DIR        save each picture with scores and frames drawn in, as a new JPEG whose
+                    name is told (with --json on standard error)
   --jobs N          pictures to work on at a time (default: the machine's cores)
   --help            show this text
   --version         show the version
 
-Exit status: 0 all pictures analysed, 1 some could not be read or a result not be written,
-2 wrong usage.
+Exit status: 0 all pictures analysed, 1 some could not be analysed or a result not be
+written, 2 wrong usage.
 )";
 }
 

@@ -2,7 +2,6 @@
 
 #include "analysis/candidates.h"
 #include "analysis/decision.h"
-#include "analysis/detection.h"
 #include "analysis/field_analysis.h"
 #include "analysis/frame_statistics.h"
 #include "analysis/grouping.h"

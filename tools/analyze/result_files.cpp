@@ -1,10 +1,8 @@
 #include "analyze/result_files.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <memory>
 #include <system_error>
 
 namespace tessaro {
@@ -13,11 +11,6 @@ namespace {
 FileError LastError() {
     return {std::generic_category().message(errno)};
 }
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using OpenFile = std::unique_ptr<std::FILE, CloseFile>;
 
 bool WriteAll(OpenFile file, std::span<const std::uint8_t> bytes) {
     const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <span>
 #include <string>
 #include <variant>
@@ -12,6 +14,11 @@ namespace tessaro {
 struct FileError {
     std::string reason;
 };
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using OpenFile = std::unique_ptr<std::FILE, CloseFile>;
 
 /// Largest file that is read; nothing that a camera or a scanner makes comes near it.
 inline constexpr std::uintmax_t maximumFileBytes = std::uintmax_t{1} << 30U;

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <memory>
 
 namespace tessaro {
@@ -84,6 +86,25 @@ double TrialGain(const SubstrateLevel& level, const SubstrateLevel& target, int 
     return std::max(0.0, target.fine + steps * trialStepLevels) / level.fine;
 }
 
+/// The gain that has brought a channel's dominant intensity nearest to the target's so far, the earliest of
+/// equals.
+class NearestGain {
+public:
+    void Offer(double gain, int distance) {
+        if (distance < m_distance) {
+            m_gain = gain;
+            m_distance = distance;
+        }
+    }
+
+    double Gain() const { return m_gain; }
+    bool Hit() const { return m_distance == 0; }
+
+private:
+    double m_gain = 1.0;
+    int m_distance = std::numeric_limits<int>::max();
+};
+
 } // namespace
 
 void BalancedFrame(const Picture& picture, FrameBuffer& frame) {
@@ -92,7 +113,8 @@ void BalancedFrame(const Picture& picture, FrameBuffer& frame) {
     const SubstrateLevels levels = meter.Measure(frame);
     const SubstrateLevel target = levels[green];
     ChannelGains gains = {1.0, 1.0, 1.0};
-    std::array<bool, channelCount> open = {levels[red].fine > 0, false, levels[blue].fine > 0};
+    std::array<NearestGain, channelCount> nearest;
+    std::array<bool, channelCount> open = {levels[red].peak > 0, false, levels[blue].peak > 0};
     for (int trial = 0; trial <= mostTrials && (open[red] || open[blue]); ++trial) {
         for (const std::size_t channel : {std::size_t{red}, std::size_t{blue}}) {
             if (open[channel])
@@ -100,9 +122,14 @@ void BalancedFrame(const Picture& picture, FrameBuffer& frame) {
         }
         PictureToFrame(Scaled(picture, gains), frame);
         const SubstrateLevels scaled = meter.Measure(frame);
-        for (const std::size_t channel : {std::size_t{red}, std::size_t{blue}})
-            open[channel] = open[channel] && scaled[channel].peak != target.peak;
+        for (const std::size_t channel : {std::size_t{red}, std::size_t{blue}}) {
+            if (open[channel])
+                nearest[channel].Offer(gains[channel], std::abs(scaled[channel].peak - target.peak));
+            open[channel] = open[channel] && !nearest[channel].Hit();
+        }
     }
+    if (open[red] || open[blue])
+        PictureToFrame(Scaled(picture, {nearest[red].Gain(), 1.0, nearest[blue].Gain()}), frame);
 }
 
 } // namespace tessaro

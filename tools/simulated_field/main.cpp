@@ -4,10 +4,10 @@
 #include "imaging/picture_to_frame.h"
 #include "platform/picture_files.h"
 #include "platform/qt/qt_picture_files.h"
-#include "simulated_field/plain_text.h"
 #include "simulated_field/random_field.h"
 #include "simulated_field/simulated_field.h"
 #include "simulated_field/truth_json.h"
+#include "text/plain_text.h"
 
 #include <array>
 #include <charconv>

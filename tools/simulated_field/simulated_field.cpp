@@ -12,7 +12,6 @@ namespace tessaro {
 
 namespace {
 
-constexpr std::size_t channelCount = 3;
 constexpr double hardEdgeWidthPixels = 1e-6; // stands for "no smoothing", which would divide by zero
 
 using FrameRow = std::array<ChannelValues, frameWidth>;

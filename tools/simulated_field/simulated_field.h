@@ -15,7 +15,7 @@ inline constexpr double framePixelsPerUm = 2.464;
 inline constexpr int bulkLayers = 20;
 
 /// One number for each channel: [red, green, blue].
-using ChannelValues = std::array<double, 3>;
+using ChannelValues = std::array<double, channelCount>;
 
 struct SimulatedFlake {
     Outline outline; // frame pixels, at least three corners

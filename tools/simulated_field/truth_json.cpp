@@ -1,8 +1,6 @@
 #include "simulated_field/truth_json.h"
 
-#include "simulated_field/plain_text.h"
-
-#include <string_view>
+#include "text/json_writer.h"
 
 namespace tessaro {
 
@@ -10,52 +8,57 @@ namespace {
 
 constexpr int decimals = 3;
 
-std::string SubstrateJson(const ChannelValues& substrate) {
-    return Joined({"[", NumberText(substrate[0], decimals), ", ", NumberText(substrate[1], decimals), ", ",
-                   NumberText(substrate[2], decimals), "]"});
-}
-
-std::string OutlineJson(const Outline& outline) {
-    std::string json = "[";
-    std::string_view separator;
+void WriteOutline(JsonWriter& json, const Outline& outline) {
+    json.Open('[');
     for (const Vertex& corner : outline) {
-        json += Joined(
-            {separator, "[", NumberText(corner.x, decimals), ", ", NumberText(corner.y, decimals), "]"});
-        separator = ", ";
+        json.Open('[');
+        json.Value(corner.x);
+        json.Value(corner.y);
+        json.Close(']');
     }
-    json += "]";
-    return json;
+    json.Close(']');
 }
 
-std::string BoxJson(const PixelBox& box) {
-    return Joined({R"({"left": )", std::to_string(box.left), R"(, "right": )", std::to_string(box.right),
-                   R"(, "minRow": )", std::to_string(box.minRow), R"(, "maxRow": )",
-                   std::to_string(box.maxRow), "}"});
+void WriteBox(JsonWriter& json, const PixelBox& box) {
+    json.Open('{');
+    json.Member("left", box.left);
+    json.Member("right", box.right);
+    json.Member("minRow", box.minRow);
+    json.Member("maxRow", box.maxRow);
+    json.Close('}');
 }
 
-std::string FlakeJson(const SimulatedFlake& flake) {
-    return Joined({R"({"layers": )", std::to_string(flake.layers), R"(, "area_um2": )",
-                   NumberText(FlakeAreaUm2(flake), decimals), R"(, "outline": )", OutlineJson(flake.outline),
-                   R"(, "box": )", BoxJson(FlakeBox(flake)), "}"});
-}
-
-std::string FlakesJson(const std::vector<SimulatedFlake>& flakes) {
-    std::string json = "[";
-    std::string_view separator = "\n    ";
-    for (const SimulatedFlake& flake : flakes) {
-        json += Joined({separator, FlakeJson(flake)});
-        separator = ",\n    ";
-    }
-    json += flakes.empty() ? "]" : "\n  ]";
-    return json;
+void WriteFlake(JsonWriter& json, const SimulatedFlake& flake) {
+    json.Open('{');
+    json.Member("layers", flake.layers);
+    json.Member("area_um2", FlakeAreaUm2(flake));
+    json.Key("outline");
+    WriteOutline(json, flake.outline);
+    json.Key("box");
+    WriteBox(json, FlakeBox(flake));
+    json.Close('}');
 }
 
 } // namespace
 
 std::string TruthJson(const SimulatedField& field, std::uint64_t seed) {
-    return Joined({"{\n", R"(  "seed": )", std::to_string(seed), ",\n", R"(  "substrate": )",
-                   SubstrateJson(field.substrate), ",\n", R"(  "flakes": )", FlakesJson(field.flakes),
-                   "\n}\n"});
+    JsonWriter json(decimals);
+    json.Open('{');
+    json.Member("seed", seed);
+    json.Key("substrate");
+    json.Open('[');
+    for (const double intensity : field.substrate)
+        json.Value(intensity);
+    json.Close(']');
+    json.Key("flakes");
+    json.Open('[');
+    for (const SimulatedFlake& flake : field.flakes) {
+        json.BreakLine();
+        WriteFlake(json, flake);
+    }
+    json.Close(']');
+    json.Close('}');
+    return json.Take() + '\n';
 }
 
 } // namespace tessaro

@@ -8,8 +8,8 @@
 namespace tessaro {
 
 /// What a drawn field holds, as one JSON object: "seed", "substrate" [red, green, blue] and "flakes", each
-/// with "layers", "area_um2", "outline" [[x, y], ...] and "box" (pixels, first and last inclusive). Buffer
-/// coordinates: row 0 is the bottom of the picture.
+/// on a line of its own with "layers", "area_um2", "outline" [[x, y], ...] and "box" (pixels, first and last
+/// inclusive). Buffer coordinates: row 0 is the bottom of the picture.
 std::string TruthJson(const SimulatedField& field, std::uint64_t seed);
 
 } // namespace tessaro

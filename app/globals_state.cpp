@@ -1,0 +1,9 @@
+#include "app/globals.h"
+
+namespace tessaro {
+
+Globals::Globals(Folders& platformFolders) : folders(platformFolders) {
+    frame.pixels = camera.workingFrame.Data();
+}
+
+} // namespace tessaro

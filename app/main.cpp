@@ -1,0 +1,57 @@
+#include "app/globals.h"
+#include "app/program.h"
+#include "app/program_options.h"
+#include "platform/posix/standard_streams.h"
+#include "platform/qt/qt_user_interface.h"
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <span>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace {
+
+constexpr int usageError = 2;
+
+constexpr int failed = 1;
+
+int Print(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return std::fflush(stdout) == 0 ? 0 : failed;
+}
+
+int Start(std::span<const std::string_view> arguments) {
+    using namespace tessaro;
+    const auto parsed = ParseProgramOptions(arguments);
+    if (const auto* error = std::get_if<OptionError>(&parsed)) {
+        std::fprintf(stderr, "tessaro: %s\nTry 'tessaro --help'.\n", error->reason.c_str());
+        return usageError;
+    }
+    const auto& options = std::get<ProgramOptions>(parsed);
+    if (options.help)
+        return Print(ProgramHelp());
+    if (options.version)
+        return Print("tessaro " TESSARO_VERSION "\n");
+
+    QtUserInterface ui;
+    return RunProgram(ProgramGlobals(), ui.Adapters());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    tessaro::OccupyClosedStreams();
+    // A reader that goes away and a file-size limit show as failed writes.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    try {
+        const std::vector<std::string_view> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+        return Start(arguments);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tessaro: %s\n", error.what());
+        return failed;
+    }
+}

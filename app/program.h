@@ -1,0 +1,12 @@
+#pragma once
+
+#include "app/globals.h"
+#include "platform/user_interface.h"
+
+namespace tessaro {
+
+/// The operator's program from start-up to shutdown, on one set of adapters. Returns the exit code; 0, with
+/// nothing read or written, when the main window cannot be made.
+int RunProgram(Globals& globals, const UserInterface& ui);
+
+} // namespace tessaro

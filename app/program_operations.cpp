@@ -1,0 +1,226 @@
+#include "app/program_operations.h"
+
+#include "analysis/background_model.h"
+#include "analysis/background_view.h"
+#include "analysis/candidates.h"
+#include "analysis/channel_view.h"
+#include "analysis/decision_with_images.h"
+#include "analysis/frame_statistics.h"
+#include "analysis/grouping.h"
+#include "analysis/pixel_probe.h"
+
+namespace tessaro {
+namespace {
+
+/// What an analysis of the current field works on, drawing on the main window while this lives.
+class CurrentField {
+public:
+    explicit CurrentField(Services& services)
+        : m_drawing(services.ui.drawing),
+          m_context(m_drawing.GetWindowContext(services.globals.windows.main)),
+          m_field{services.globals.settings, services.globals.frame,       services.globals.measured,
+                  services.globals.analyzer, *services.globals.grainTable, services.globals.findings,
+                  services.globals.scratch,  m_drawing.Surface(m_context), &services.analysisStatus} {}
+    ~CurrentField() { m_drawing.ReleaseContext(m_context); }
+    CurrentField(const CurrentField&) = delete;
+    CurrentField& operator=(const CurrentField&) = delete;
+
+    FieldAnalysis& Get() { return m_field; }
+
+private:
+    WindowDrawing& m_drawing;
+    DeviceContext m_context;
+    FieldAnalysis m_field;
+};
+
+} // namespace
+
+void ProgramOperations::AdoptMainWindow(WindowHandle window) {
+    m_globals.windows.main = window;
+}
+
+void ProgramOperations::GrabFrame(int exposures) {
+    m_services.camera.GrabFrame(exposures);
+}
+
+void ProgramOperations::ShowFrame() {
+    m_services.screen.ShowBuffer(m_globals.camera.workingFrame.Data());
+}
+
+void ProgramOperations::ComputeFrameStatistics() {
+    tessaro::ComputeFrameStatistics(m_globals.frame, m_globals.frame, m_globals.measured);
+}
+
+void ProgramOperations::UpdateFocusMeasures() {
+    m_services.focusMeter.UpdateFocusMeasures(m_globals.frame);
+}
+
+void ProgramOperations::ControlCamera(int mode) {
+    m_services.camera.ControlCamera(mode);
+}
+
+void ProgramOperations::ShowChannel(int mode) {
+    tessaro::ShowChannel(m_services.screen, m_globals.camera.workingFrame, mode);
+}
+
+void ProgramOperations::ShowBackground(bool fitted) {
+    tessaro::ShowBackground(m_services.screen, m_globals.measured.background, fitted);
+}
+
+void ProgramOperations::ResetBackgroundModel() {
+    tessaro::ResetBackgroundModel(m_globals.analyzer.backgroundModel, m_globals.frame);
+}
+
+void ProgramOperations::FitBackgroundModel() {
+    tessaro::FitBackgroundModel(m_globals.analyzer.backgroundModel, m_globals.measured.background);
+}
+
+void ProgramOperations::FindCandidates(bool paint) {
+    if (!CanAnalyse())
+        return;
+    CurrentField field(m_services);
+    tessaro::FindCandidates(field.Get(), paint);
+}
+
+/// At start-up nobody looks whether there was memory for the grain table.
+bool ProgramOperations::CanAnalyse() const {
+    return m_globals.grainTable != nullptr;
+}
+
+void ProgramOperations::RejectNoise() {
+    tessaro::RejectNoise(m_globals.analyzer);
+}
+
+void ProgramOperations::GroupGrains() {
+    if (!CanAnalyse())
+        return;
+    CurrentField field(m_services);
+    tessaro::GroupGrains(field.Get());
+}
+
+void ProgramOperations::DecideSingleLayers() {
+    if (!CanAnalyse())
+        return;
+    CurrentField field(m_services);
+    DecideAndSaveSingleLayers(field.Get(), m_globals.camera.workingFrame, m_services.images,
+                              m_globals.folders, m_globals.stage, m_globals.scan);
+}
+
+void ProgramOperations::ProbePixel(std::uint32_t position) {
+    tessaro::ProbePixel(m_globals.frame, m_globals.measured.background, position, m_services.ui.boxes,
+                        m_globals.windows.main, m_globals.settings);
+}
+
+void ProgramOperations::MakeSessionFolders(int newSession) {
+    m_services.images.MakeSessionFolders(newSession);
+}
+
+void ProgramOperations::SavePlainImage() {
+    m_services.images.SavePlainImage(m_globals.camera.workingFrame, m_globals.findings);
+}
+
+void ProgramOperations::SaveDetailImage() {
+    m_services.images.SaveDetailImage();
+}
+
+void ProgramOperations::ChooseImportFile() {
+    const auto chosen = m_services.ui.chooser.ChooseFileToOpen();
+    if (!chosen.has_value())
+        return;
+    m_globals.folders.importedFile = chosen;
+    ShowInformation("File:" + chosen->string());
+}
+
+bool ProgramOperations::HasImportFile() {
+    return m_globals.folders.importedFile.has_value();
+}
+
+void ProgramOperations::LoadImportFile() {
+    m_services.screen.LoadPictureFile(*m_globals.folders.importedFile, m_globals.scan.imageArea,
+                                      m_services.ui.folders, m_services.ui.pictures,
+                                      m_globals.camera.workingFrame);
+}
+
+void ProgramOperations::MoveAxisBy([[maybe_unused]] int axis, [[maybe_unused]] double um) {}
+
+void ProgramOperations::MoveToScanOrigin() {}
+
+void ProgramOperations::FineFocus() {}
+
+void ProgramOperations::RunScan() {}
+
+void ProgramOperations::OpenControlPanel() {
+    m_services.controlPanel.Open(m_globals.windows.main);
+}
+
+void ProgramOperations::OpenPortConfiguration() {}
+
+void ProgramOperations::CloseControlPanel() {
+    m_services.controlPanel.Close();
+}
+
+void ProgramOperations::ConfigureContrast() {}
+
+void ProgramOperations::ConfigureStage() {}
+
+void ProgramOperations::ShowAbout() {
+    m_services.aboutBox.Show(m_globals.windows.main);
+}
+
+void ProgramOperations::SwitchLiveView(std::int32_t on) {
+    m_services.liveView.Switch(on);
+}
+
+void ProgramOperations::StopLiveTimer() {
+    m_services.ui.messages.KillTimer(m_globals.windows.main, liveTimerId);
+}
+
+std::int32_t ProgramOperations::LiveViewOn() {
+    return m_globals.liveTimer.on;
+}
+
+std::int32_t ProgramOperations::LiveViewBefore() {
+    return m_globals.liveTimer.previous;
+}
+
+bool ProgramOperations::Scanning() {
+    return m_globals.scan.scanning != 0;
+}
+
+void ProgramOperations::ShowInformation(std::string_view text) {
+    m_services.status.ShowInformation(text);
+}
+
+void ProgramOperations::ShowProgress(std::string_view text) {
+    m_services.status.ShowProgress(text);
+}
+
+void ProgramOperations::ShowStagePosition() {
+    m_services.status.ShowStagePosition();
+}
+
+float ProgramOperations::NoiseLevel() {
+    return m_globals.measured.noiseLevel;
+}
+
+float ProgramOperations::FocusValue() {
+    return m_globals.focusValue;
+}
+
+void ProgramOperations::Wait(std::uint32_t milliseconds) {
+    m_services.pump.PumpMessages(milliseconds);
+}
+
+void ProgramOperations::TakeKeyboardFocus() {
+    m_services.ui.windows.SetKeyboardFocus(m_globals.windows.main);
+}
+
+void ProgramOperations::DestroyMainWindow() {
+    m_services.ui.windows.Destroy(m_globals.windows.main);
+}
+
+void ProgramOperations::PostQuit(int exitCode) {
+    m_services.ui.messages.PostQuit(exitCode);
+}
+
+} // namespace tessaro

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace tessaro {
+
+/// What the command line asks of the operator's program.
+struct ProgramOptions {
+    bool help = false;
+    bool version = false;
+    std::string camera;    // "none" or empty
+    std::string stagePort; // "none" or empty
+};
+
+/// Why a command line cannot be obeyed: a sentence for standard error.
+struct OptionError {
+    std::string reason;
+};
+
+/// The arguments behind the program's name; values follow their option or its '='.
+std::variant<ProgramOptions, OptionError> ParseProgramOptions(std::span<const std::string_view> arguments);
+
+std::string_view ProgramHelp();
+
+} // namespace tessaro

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "imaging/frame_buffer.h"
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace tessaro {
+
+inline constexpr int sensorWidth = 2464;
+inline constexpr int sensorHeight = 2056;
+inline constexpr int sensorByteCount =
+    sensorWidth * sensorHeight; // 8 bits a sample; as many as the frame's bytes
+static_assert(sensorByteCount == frameByteCount);
+
+/// Modes of ControlCamera.
+namespace camera_mode {
+inline constexpr int openAndAdjust = 1;
+} // namespace camera_mode
+
+/// The camera and its buffers. The frame that display and analysis read is `workingFrame`.
+struct CameraSession {
+    FrameBuffer workingFrame;
+    std::int32_t present = 0; // 1 = there is a camera
+    std::vector<std::uint8_t> rawFrame =
+        std::vector<std::uint8_t>(sensorByteCount); // the mean, a byte a sample
+    FrameBuffer convertedFrame;                     // made from the raw frame
+    std::vector<std::uint16_t> accumulator = std::vector<std::uint16_t>(sensorByteCount); // sums of exposures
+    std::array<char, 100> statusText = {};
+    std::int32_t byteCount = sensorByteCount;
+    std::uint16_t p00 = 0; // the 2 x 2 samples that are being converted
+    std::uint16_t p01 = 0;
+    std::uint16_t p10 = 0;
+    std::uint16_t p11 = 0;
+    std::int32_t sourceIndex = 0;
+    std::int32_t targetIndex = 0;
+    std::int32_t width = sensorWidth;
+    std::int32_t height = sensorHeight;
+    std::uint32_t testPatternPhase = 0; // grows with every frame that could not be taken
+};
+
+} // namespace tessaro

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/message.h"
+
+#include <string>
+
+namespace tessaro {
+
+/// Questions and warnings that the operator has to answer before going on. Messages of all windows are
+/// dispatched meanwhile. Texts may hold tabs and line feeds.
+class MessageBoxes {
+public:
+    virtual ~MessageBoxes() = default;
+
+    /// Yes and No; true for Yes. A question that is closed because the program ends is a No.
+    virtual bool AskYesNo(WindowHandle owner, const std::string& text, const std::string& caption) = 0;
+
+    /// A text with an OK button.
+    virtual void ShowWarning(WindowHandle owner, const std::string& text, const std::string& caption) = 0;
+};
+
+} // namespace tessaro

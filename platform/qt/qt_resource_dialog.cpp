@@ -1,0 +1,138 @@
+#include "platform/qt/qt_resource_dialog.h"
+
+#include "platform/qt/qt_resources.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+
+#include <algorithm>
+#include <utility>
+
+namespace tessaro {
+namespace {
+
+// Leaves the motor controller's window, which reaches over the main window's edge, uncovered.
+constexpr int gapBesideOwner = 66;
+
+} // namespace
+
+QtResourceDialog::QtResourceDialog(int resource, QWidget* owner)
+    : QDialog(owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                         Qt::WindowCloseButtonHint),
+      m_loaded(LoadDialog(resource, *this)) {
+    for (QWidget* control : findChildren<QWidget*>()) {
+        if (const QVariant id = control->property("controlId"); id.isValid())
+            Watch(control, id.toInt());
+    }
+}
+
+QWidget* QtResourceDialog::Control(int controlId) const {
+    const auto found = m_controls.find(controlId);
+    return found != m_controls.end() ? found->second : nullptr;
+}
+
+void QtResourceDialog::Watch(QWidget* control, int controlId) {
+    m_controls.emplace(controlId, control);
+    if (auto* button = qobject_cast<QAbstractButton*>(control)) {
+        connect(button, &QAbstractButton::clicked, this,
+                [this, controlId] { Report(controlId, Notification::Clicked); });
+    } else if (auto* edit = qobject_cast<QLineEdit*>(control)) {
+        connect(edit, &QLineEdit::textChanged, this,
+                [this, controlId] { Report(controlId, Notification::TextChanged); });
+        edit->installEventFilter(this);
+    } else if (auto* combo = qobject_cast<QComboBox*>(control)) {
+        connect(combo, &QComboBox::activated, this,
+                [this, controlId] { Report(controlId, Notification::SelectionChanged); });
+        combo->installEventFilter(this);
+        combo->view()->setProperty("controlId", controlId);
+        combo->view()->installEventFilter(this);
+    }
+}
+
+/// Focus that comes and goes, lists that open and close.
+bool QtResourceDialog::eventFilter(QObject* watched, QEvent* event) {
+    const int controlId = watched->property("controlId").toInt();
+    const bool list = qobject_cast<QAbstractItemView*>(watched) != nullptr;
+    switch (event->type()) {
+    case QEvent::FocusIn:
+        if (!list)
+            Report(controlId, Notification::FocusGained);
+        break;
+    case QEvent::FocusOut:
+        if (!list)
+            Report(controlId, Notification::FocusLost);
+        break;
+    case QEvent::Show:
+        if (list)
+            Report(controlId, Notification::ListOpened);
+        break;
+    case QEvent::Hide:
+        if (list)
+            Report(controlId, Notification::ListClosed);
+        break;
+    default:
+        break;
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+void QtResourceDialog::Report(int controlId, Notification notification) const {
+    if (m_handler && !m_silent)
+        m_handler(controlId, notification);
+}
+
+/// In a dialog that stands beside the others no key is a command: Escape would take the status lines away,
+/// and Enter start the last operation once more.
+void QtResourceDialog::keyPressEvent(QKeyEvent* event) {
+    if (!isModal()) {
+        event->accept();
+        return;
+    }
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        PressEnter();
+        break;
+    case Qt::Key_Escape:
+        Report(commandCancel, Notification::Clicked);
+        break;
+    default:
+        QDialog::keyPressEvent(event);
+        break;
+    }
+}
+
+/// The button that has the focus, else the default button, else the OK command without a button.
+void QtResourceDialog::PressEnter() {
+    if (auto* focused = qobject_cast<QPushButton*>(focusWidget())) {
+        focused->click();
+        return;
+    }
+    const QList<QPushButton*> buttons = findChildren<QPushButton*>();
+    const auto standard = std::find_if(buttons.begin(), buttons.end(),
+                                       [](const QPushButton* button) { return button->isDefault(); });
+    if (standard != buttons.end())
+        (*standard)->click();
+    else
+        Report(commandOk, Notification::Clicked);
+}
+
+void QtResourceDialog::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    Report(commandCancel, Notification::Clicked);
+}
+
+void QtResourceDialog::PlaceBeside(const QWidget& neighbour) {
+    const QRect screen = neighbour.screen()->availableGeometry();
+    const QRect taken = neighbour.frameGeometry();
+    const int left = std::min(taken.right() + 1 + gapBesideOwner, screen.right() + 1 - width());
+    move(std::max(screen.left(), left), std::max(screen.top(), taken.top()));
+}
+
+} // namespace tessaro

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/dialogs.h"
+
+#include <QDialog>
+
+#include <functional>
+#include <map>
+
+namespace tessaro {
+
+/// A dialog of the resources. It never closes by itself: the close button is a command, and in a modal dialog
+/// Enter and Escape are.
+class QtResourceDialog : public QDialog {
+public:
+    using CommandHandler = std::function<void(int controlId, Notification)>;
+
+    /// Lays the dialog out; commands are reported once the handler is set.
+    QtResourceDialog(int resource, QWidget* owner);
+
+    bool IsLoaded() const { return m_loaded; }
+    QWidget* Control(int controlId) const; // null when there is none
+    void SetHandler(CommandHandler handler) { m_handler = std::move(handler); }
+
+    /// No command is reported any more.
+    void Silence() { m_silent = true; }
+
+    /// To the right of its owner as far as the screen reaches.
+    void PlaceBeside(const QWidget& neighbour);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void Watch(QWidget* control, int controlId);
+    void Report(int controlId, Notification notification) const;
+    void PressEnter();
+
+    std::map<int, QWidget*> m_controls;
+    CommandHandler m_handler;
+    bool m_silent = false;
+    bool m_loaded = false;
+};
+
+} // namespace tessaro

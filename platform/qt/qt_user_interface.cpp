@@ -1,0 +1,66 @@
+#include "platform/qt/qt_user_interface.h"
+
+#include "platform/qt/qt_dialogs.h"
+#include "platform/qt/qt_file_chooser.h"
+#include "platform/qt/qt_message_boxes.h"
+#include "platform/qt/qt_message_loop.h"
+#include "platform/qt/qt_picture_files.h"
+#include "platform/qt/qt_start_scope.h"
+#include "platform/qt/qt_window_drawing.h"
+#include "platform/qt/qt_window_system.h"
+#include "platform/qt/qt_window_table.h"
+#include "platform/standard/standard_clock.h"
+
+#include <QApplication>
+#include <QLocale>
+
+#include <array>
+#include <string>
+
+namespace tessaro {
+namespace {
+
+/// Looks and behaves the same on every desktop.
+class ProgramApplication {
+public:
+    ProgramApplication() {
+        const QtStartScope starting;
+        m_qt = std::make_unique<QApplication>(m_argumentCount, m_arguments.data());
+        QLocale::setDefault(QLocale::c());
+        QApplication::setStyle(QStringLiteral("Fusion"));
+        QApplication::setQuitOnLastWindowClosed(false);
+    }
+
+private:
+    std::string m_program = "tessaro";
+    std::array<char*, 2> m_arguments{m_program.data(), nullptr};
+    int m_argumentCount = 1; // Qt keeps references to both
+    std::unique_ptr<QApplication> m_qt;
+};
+
+} // namespace
+
+struct QtUserInterface::State {
+    ProgramApplication application;
+    StandardClock clock;
+    QtWindowTable table;
+    QtMessageLoop messages{table};
+    QtDialogs dialogs{table, messages};
+    QtWindowSystem windows{table, messages};
+    QtMessageBoxes boxes{table, messages};
+    QtFileChooser chooser{messages};
+    QtWindowDrawing drawing{table};
+    QtPictureFiles pictures;
+};
+
+QtUserInterface::QtUserInterface() : m_state(std::make_unique<State>()) {}
+
+QtUserInterface::~QtUserInterface() = default;
+
+UserInterface QtUserInterface::Adapters() {
+    State& state = *m_state;
+    return {state.clock,   state.messages, state.windows,   state.dialogs, state.boxes,
+            state.chooser, state.drawing,  NativeFolders(), state.pictures};
+}
+
+} // namespace tessaro

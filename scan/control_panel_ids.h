@@ -1,0 +1,22 @@
+#pragma once
+
+namespace tessaro {
+
+/// Controls of the control panel (dialog 137) that other pieces of the program write into.
+namespace panel {
+inline constexpr int positionX = 1000;
+inline constexpr int positionY = 1003;
+inline constexpr int positionZ = 1005;
+inline constexpr int laplaceM = 1001;
+inline constexpr int laplaceS = 1020;
+inline constexpr int deviation = 1037;
+inline constexpr int focus = 1038;
+inline constexpr int information = 1006;
+inline constexpr int progress = 1007;
+inline constexpr int totalFound = 1041;
+inline constexpr int xRange = 1012;
+inline constexpr int yRange = 1015;
+inline constexpr int tiltCorrection = 1004;
+} // namespace panel
+
+} // namespace tessaro

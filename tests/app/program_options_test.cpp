@@ -1,0 +1,75 @@
+#include "app/program_options.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace tessaro {
+namespace {
+
+using Arguments = std::vector<std::string_view>;
+
+ProgramOptions Options(const Arguments& arguments) {
+    const auto parsed = ParseProgramOptions(arguments);
+    EXPECT_TRUE(std::holds_alternative<ProgramOptions>(parsed));
+    return std::holds_alternative<ProgramOptions>(parsed) ? std::get<ProgramOptions>(parsed)
+                                                          : ProgramOptions();
+}
+
+std::string Error(const Arguments& arguments) {
+    const auto parsed = ParseProgramOptions(arguments);
+    return std::holds_alternative<OptionError>(parsed) ? std::get<OptionError>(parsed).reason : "";
+}
+
+TEST(ProgramOptions, WithoutArgumentsAskForNothing) {
+    const ProgramOptions options = Options({});
+    EXPECT_FALSE(options.help);
+    EXPECT_FALSE(options.version);
+    EXPECT_EQ(options.camera, "");
+    EXPECT_EQ(options.stagePort, "");
+}
+
+TEST(ProgramOptions, AskForHelpAndVersion) {
+    EXPECT_TRUE(Options({"--help"}).help);
+    EXPECT_TRUE(Options({"-h"}).help);
+    EXPECT_TRUE(Options({"--version"}).version);
+    EXPECT_FALSE(Options({"--version"}).help);
+}
+
+TEST(ProgramOptions, TakeAValueBehindTheOptionOrItsEqualsSign) {
+    EXPECT_EQ(Options({"--camera", "none"}).camera, "none");
+    EXPECT_EQ(Options({"--camera=none"}).camera, "none");
+    EXPECT_EQ(Options({"--stage-port", "none"}).stagePort, "none");
+    const ProgramOptions both = Options({"--stage-port=none", "--camera", "none", "--help"});
+    EXPECT_EQ(both.camera, "none");
+    EXPECT_EQ(both.stagePort, "none");
+    EXPECT_TRUE(both.help);
+}
+
+TEST(ProgramOptions, SayWhichOptionNeedsAValue) {
+    EXPECT_EQ(Error({"--camera"}), "--camera needs a value");
+    EXPECT_EQ(Error({"--help", "--stage-port"}), "--stage-port needs a value");
+}
+
+TEST(ProgramOptions, RefuseValuesThatNobodyKnows) {
+    EXPECT_EQ(Error({"--camera", "usb"}), "--camera: only 'none' is known, not 'usb'");
+    EXPECT_EQ(Error({"--camera="}), "--camera: only 'none' is known, not ''");
+    EXPECT_EQ(Error({"--stage-port=none=1"}), "--stage-port: only 'none' is known, not 'none=1'");
+    EXPECT_EQ(Error({"--camera", "--help"}), "--camera: only 'none' is known, not '--help'");
+}
+
+TEST(ProgramOptions, RefuseArgumentsThatNobodyKnows) {
+    EXPECT_EQ(Error({"image.png"}), "unknown argument 'image.png'");
+    EXPECT_EQ(Error({"--cam", "none"}), "unknown argument '--cam'");
+    EXPECT_EQ(Error({"--help=yes"}), "unknown argument '--help=yes'");
+    EXPECT_EQ(Error({""}), "unknown argument ''");
+    EXPECT_EQ(Error({"--help", "-x"}), "unknown argument '-x'");
+}
+
+TEST(ProgramHelp, NamesEveryOption) {
+    for (const std::string_view option : {"--camera", "--stage-port", "--help", "--version"})
+        EXPECT_NE(ProgramHelp().find(option), std::string_view::npos) << option;
+}
+
+} // namespace
+} // namespace tessaro

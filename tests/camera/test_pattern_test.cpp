@@ -1,0 +1,62 @@
+#include "camera/test_pattern.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace tessaro {
+namespace {
+
+/// The pattern, byte by byte as it is defined.
+std::uint8_t PatternByte(int i, int phase) {
+    const int x = i % 2464;
+    const int y = i / 2464;
+    const int value = ((x + phase) / 3) % 255 + (y / 2) % 255;
+    return static_cast<std::uint8_t>(value & 0xFF);
+}
+
+int WrongBytes(const CameraSession& session, int phase) {
+    int wrong = 0;
+    for (int i = 0; i < frameByteCount; ++i)
+        wrong += session.workingFrame.Data()[i] != PatternByte(i, phase) ? 1 : 0;
+    return wrong;
+}
+
+TEST(TestPattern, CoversTheWholeFrameAfterThePhaseHasGrownBy50) {
+    const auto session = std::make_unique<CameraSession>();
+    DrawTestPattern(*session);
+    EXPECT_EQ(session->testPatternPhase, 50U);
+    EXPECT_EQ(WrongBytes(*session, 50), 0);
+}
+
+TEST(TestPattern, MovesBy50WithEveryFrame) {
+    const auto session = std::make_unique<CameraSession>();
+    DrawTestPattern(*session);
+    DrawTestPattern(*session);
+    EXPECT_EQ(WrongBytes(*session, 100), 0);
+}
+
+TEST(TestPattern, HasTheseBytes) {
+    const auto session = std::make_unique<CameraSession>();
+    DrawTestPattern(*session);
+    const std::uint8_t* bytes = session->workingFrame.Data();
+    EXPECT_EQ(bytes[0], 16);                  // 50 / 3
+    EXPECT_EQ(bytes[1], 17);                  // 51 / 3
+    EXPECT_EQ(bytes[714], 254);               // 764 / 3 = 254
+    EXPECT_EQ(bytes[715], 0);                 // 765 / 3 = 255, which is 0 again
+    EXPECT_EQ(bytes[2464], 16);               // row 1 is like row 0
+    EXPECT_EQ(bytes[2 * 2464], 17);           // row 2 is one more
+    EXPECT_EQ(bytes[508 * 2464], 14);         // 16 + 254 = 270
+    EXPECT_EQ(bytes[510 * 2464], 16);         // 16 + 0
+    EXPECT_EQ(bytes[2055 * 2464 + 2463], 79); // 837 mod 255 + 1027 mod 255 = 72 + 7
+}
+
+TEST(TestPattern, AfterADayOfFramesStillFollowsItsPhase) {
+    const auto session = std::make_unique<CameraSession>();
+    session->testPatternPhase = 10 * 86'400 * 50;
+    DrawTestPattern(*session);
+    EXPECT_EQ(WrongBytes(*session, 10 * 86'400 * 50 + 50), 0);
+}
+
+} // namespace
+} // namespace tessaro

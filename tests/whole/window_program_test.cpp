@@ -1,0 +1,394 @@
+#include "analysis/candidates.h"
+#include "analysis/decision.h"
+#include "analysis/field_analysis.h"
+#include "analysis/frame_statistics.h"
+#include "analysis/grouping.h"
+#include "app/settings.h"
+#include "imaging/picture_to_frame.h"
+#include "platform/qt/qt_drawing_surface.h"
+#include "platform/qt/qt_picture_files.h"
+#include "support/background_program.h"
+#include "support/program.h"
+#include "support/temporary_folder.h"
+#include "support/test_display.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <sstream>
+
+namespace tessaro {
+namespace {
+
+constexpr int widestTitleAndMenu = 100;
+constexpr int widestFrame = 10;
+constexpr const char* mainTitle = "Tessaro Searching";
+constexpr const char* popupTitle = "Motor Controller";
+constexpr const char* demoSettings = "3,-12.000000,-8.000000,-2.000000,6.000000,10,10,100,4,35.000000\n";
+
+// Entries of the menus by key: Alt+F opens the first menu with its first entry chosen.
+const std::map<std::string, std::pair<int, int>> menuPlaces = {
+    {"Import Image", {0, 0}},
+    {"Save Image", {0, 1}},
+    {"Control Panel", {0, 2}},
+    {"Exit", {0, 3}},
+    {"Stop/Start Grabbing", {1, 4}},
+    {"Red image", {2, 0}},
+    {"Original image", {2, 3}},
+    {"Show BackGround", {2, 4}},
+    {"Find Single Layers", {3, 1}},
+    {"Noise Rejection", {3, 2}},
+    {"Grouping", {3, 3}},
+    {"Discern Contrast", {3, 4}},
+    {"Information", {5, 0}},
+};
+
+std::vector<std::filesystem::path> FilesBelow(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> files;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, error))
+        if (entry.is_regular_file())
+            files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+/// The analysis of one frame beside the program's, drawing on what the window should show.
+class Expected {
+public:
+    explicit Expected(const Picture& picture) {
+        PictureToFrame(picture, m_frame);
+        m_memory->frame.pixels = m_frame.Data();
+        shown = FrameToPicture(m_frame);
+        m_surface = std::make_unique<QtDrawingSurface>(shown);
+        m_settings.scoreThreshold = 35.0F;
+        ComputeFrameStatistics(m_memory->frame, m_memory->frame, m_memory->measured);
+    }
+
+    FieldAnalysis Field() {
+        FieldAnalysis field = m_memory->Bind(m_settings);
+        field.surface = m_surface.get();
+        return field;
+    }
+
+    Picture shown;
+
+private:
+    Settings m_settings;
+    std::unique_ptr<AnalysisMemory> m_memory = std::make_unique<AnalysisMemory>();
+    FrameBuffer m_frame;
+    std::unique_ptr<QtDrawingSurface> m_surface;
+};
+
+class WindowProgram : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(display.IsThere()) << "Xvfb could not be started";
+        std::filesystem::create_directories(screenshots);
+        std::filesystem::create_directories(ImageData());
+        ASSERT_EQ(RunProgram(TESSARO_SIMULATE_FIELD, {"--seed", "3", PicturePath()}).exitStatus, 0);
+    }
+
+    void TearDown() override {
+        if (program != nullptr)
+            program->ExitStatus();
+        EXPECT_EQ(ReadText(Errors()), "");
+    }
+
+    void Start(const std::vector<std::pair<std::string, std::string>>& extra = {}) {
+        std::vector<std::pair<std::string, std::string>> environment = {{"DISPLAY", display.Name()},
+                                                                        {"HOME", home.Path().string()},
+                                                                        {"XDG_CONFIG_HOME", ""},
+                                                                        {"QT_QPA_PLATFORM", "xcb"},
+                                                                        {"ASAN_OPTIONS", "detect_leaks=0"}};
+        environment.insert(environment.end(), extra.begin(), extra.end());
+        program = std::make_unique<BackgroundProgram>(
+            TESSARO_PROGRAM, std::vector<std::string>{"--camera", "none", "--stage-port", "none"},
+            environment, Errors().string());
+        ASSERT_TRUE(
+            Eventually([this] { return display.Shows(mainTitle) && display.Shows("Control Panel"); }));
+        // It stands before the image, and closing it only hides it.
+        ASSERT_TRUE(Eventually([this] { return display.Shows(popupTitle); }));
+        display.Close(popupTitle);
+        ASSERT_TRUE(Eventually([this] { return !display.Shows(popupTitle); }));
+        display.Activate(mainTitle);
+        GiveKeysToTheWindow();
+    }
+
+    /// The pointer moving over the main window takes the keys to it from the program's other windows.
+    void GiveKeysToTheWindow() {
+        int column = 400;
+        ASSERT_TRUE(Eventually([&] {
+            display.MoveTo(++column, 400);
+            return display.ActiveTitle() == std::string(mainTitle) + "\n";
+        }));
+    }
+
+    void Menu(const std::string& entry) {
+        GiveKeysToTheWindow();
+        const auto [menu, row] = menuPlaces.at(entry);
+        std::vector<std::string> keys{"alt+f"};
+        keys.insert(keys.end(), static_cast<std::size_t>(menu), "Right");
+        keys.insert(keys.end(), static_cast<std::size_t>(row), "Down");
+        keys.push_back("Return");
+        display.Keys(keys);
+    }
+
+    /// Whether the window shows the picture, pixel by pixel. Finds out where the
+    /// image begins.
+    bool ShowsPicture(const Picture& picture, const std::string& screenshot) {
+        const auto screen = display.Screenshot(screenshots / (screenshot + ".png"));
+        if (!screen.has_value())
+            return false;
+        for (imageTop = 10; imageTop < widestTitleAndMenu; ++imageTop)
+            for (imageLeft = 0; imageLeft < widestFrame; ++imageLeft)
+                if (LiesAtImagePosition(picture, *screen))
+                    return true;
+        return false;
+    }
+
+    bool LiesAtImagePosition(const Picture& picture, const Picture& screen) const {
+        const int rows = std::min(picture.height, screen.height - imageTop);
+        for (int y = 0; y < rows; ++y)
+            for (int x = 0; x < picture.width; ++x)
+                if (!std::equal(picture.Pixel(x, y), picture.Pixel(x, y) + 3,
+                                screen.Pixel(x + imageLeft, y + imageTop)))
+                    return false;
+        return true;
+    }
+
+    /// Pixels of the control panel where its last status line lies.
+    std::vector<std::uint8_t> ProgressBox() {
+        const auto screen = display.Screenshot(screenshots / "progress.png");
+        std::vector<std::uint8_t> pixels;
+        for (int y = 770; screen.has_value() && y < 795; ++y)
+            pixels.insert(pixels.end(), screen->Pixel(1400, y), screen->Pixel(1800, y));
+        return pixels;
+    }
+
+    void Import(const std::string& path) {
+        Menu("Import Image");
+        ASSERT_TRUE(Eventually([this] { return display.Shows("Import Image"); }));
+        display.Type(path);
+        display.Keys({"Return"});
+        ASSERT_TRUE(Eventually([this] { return !display.Shows("Import Image"); }));
+    }
+
+    Picture ImportedPicture() const {
+        QtPictureFiles pictures;
+        const std::string bytes = ReadText(PicturePath());
+        return std::get<Picture>(
+            pictures.Decode({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+    }
+
+    void Exit() {
+        Menu("Exit");
+        ASSERT_TRUE(Eventually([this] { return program->ExitStatus().has_value(); }));
+        EXPECT_EQ(program->ExitStatus(), 0);
+    }
+
+    std::filesystem::path ImageData() const { return home.Path() / "Desktop" / "Image_Data"; }
+    std::filesystem::path ConfigFile() const { return ImageData() / "Config.txt"; }
+    std::filesystem::path Errors() const { return home.Path() / "errors.txt"; }
+    std::string PicturePath() const { return (home.Path() / "field.png").string(); }
+
+    std::vector<std::filesystem::path> SavedImages() const {
+        std::vector<std::filesystem::path> files = FilesBelow(home.Path() / "Desktop");
+        std::erase_if(files, [](const auto& file) { return file.extension() != ".jpg"; });
+        return files;
+    }
+
+    const std::filesystem::path screenshots = TESSARO_SCREENSHOTS;
+    TemporaryFolder home;
+    TestDisplay display;
+    std::unique_ptr<BackgroundProgram> program;
+    int imageTop = 0;
+    int imageLeft = 0;
+};
+
+TEST_F(WindowProgram, ShowsTheMovingTestPatternWithoutACamera) {
+    Start();
+    const auto first = display.Screenshot(screenshots / "test-pattern.png");
+    ASSERT_TRUE(first.has_value());
+    EXPECT_TRUE(Eventually([&] {
+        const auto next = display.Screenshot(screenshots / "test-pattern.png");
+        return next.has_value() &&
+               !std::equal(first->Pixel(0, 500), first->Pixel(800, 500), next->Pixel(0, 500));
+    }));
+    Exit();
+}
+
+TEST_F(WindowProgram, AnalysesAnImportedPictureFromTheMenuAndSavesIt) {
+    std::ofstream(ConfigFile()) << demoSettings;
+    Start();
+    Expected expected(ImportedPicture());
+    Import(PicturePath());
+    ASSERT_TRUE(Eventually([&] { return ShowsPicture(expected.shown, "imported"); }));
+
+    FieldAnalysis field = expected.Field();
+    FindCandidates(field, true);
+    Menu("Find Single Layers");
+    ASSERT_TRUE(Eventually([&] { return ShowsPicture(expected.shown, "candidates"); }));
+
+    RejectNoise(field.analyzer);
+    Menu("Noise Rejection");
+    GroupGrains(field);
+    Menu("Grouping");
+    ASSERT_GT(DecideSingleLayers(field), 0);
+    Menu("Discern Contrast");
+    ASSERT_TRUE(Eventually([&] { return ShowsPicture(expected.shown, "single-layers"); }));
+    EXPECT_TRUE(Eventually([&] { return SavedImages().size() == 2; }));
+
+    const std::vector<std::uint8_t> progress = ProgressBox();
+    display.Keys({"Return"});
+    EXPECT_TRUE(Eventually([&] { return SavedImages().size() == 4; }));
+    EXPECT_TRUE(Eventually([&] { return ProgressBox() != progress; }))
+        << "noise and focus, when the key is done";
+    Menu("Save Image");
+    EXPECT_TRUE(Eventually([&] { return SavedImages().size() == 6; }));
+    Exit();
+
+    std::vector<std::string> names;
+    for (const auto& file : SavedImages())
+        names.push_back(file.filename().string());
+    EXPECT_EQ(names, (std::vector<std::string>{"(0,0).jpg", "(0,0)_0.jpg", "(0,0)_1.jpg", "(0,0)detail.jpg",
+                                               "(0,0)detail_0.jpg", "(0,0)detail_1.jpg"}));
+    EXPECT_EQ(ReadText(ConfigFile()), demoSettings);
+}
+
+TEST_F(WindowProgram, ProbesAClickedPixelAndKeepsItsContrastForTheNextRun) {
+    Start();
+    Expected expected(ImportedPicture());
+    Import(PicturePath());
+    ASSERT_TRUE(Eventually([&] { return ShowsPicture(expected.shown, "imported"); }));
+    display.Click(imageLeft + 100, imageTop + 200);
+    ASSERT_TRUE(Eventually([this] { return display.Shows("Pixel Analysis at Position: .100,828."); }));
+    display.Screenshot(screenshots / "probe.png");
+    display.Keys({"Return"});
+    ASSERT_TRUE(Eventually([this] { return !display.Shows("Pixel Analysis"); }));
+    Exit();
+    Settings settings;
+    ASSERT_EQ(ReadSettingsLine(ReadText(ConfigFile()), settings), settingsFieldCount);
+    EXPECT_NE(settings.contrastTolerance, 6.0F);
+    EXPECT_LT(settings.contrastTolerance, 3.0F) << "the pixel is bare substrate";
+}
+
+TEST_F(WindowProgram, TellsWhatItIs) {
+    Start();
+    Menu("Information");
+    ASSERT_TRUE(Eventually([this] { return display.Shows("About Tessaro"); }));
+    display.Screenshot(screenshots / "about.png");
+    display.Keys({"Return"});
+    EXPECT_TRUE(Eventually([this] { return !display.Shows("About Tessaro"); }));
+    Exit();
+}
+
+TEST_F(WindowProgram, OpensTheControlPanelAgainAfterItWasClosed) {
+    Start();
+    display.Close("Control Panel");
+    ASSERT_TRUE(Eventually([this] { return !display.Shows("Control Panel"); }));
+    Menu("Control Panel");
+    EXPECT_TRUE(Eventually([this] { return display.Shows("Control Panel"); }));
+    Menu("Control Panel");
+    Menu("Information");
+    ASSERT_TRUE(Eventually([this] { return display.Shows("About Tessaro"); }));
+    EXPECT_EQ(display.Windows("Control Panel").size(), 1U);
+    display.Keys({"Escape"});
+    Exit();
+}
+
+TEST_F(WindowProgram, LeavesTheKeyboardToOtherProgramsWhenThePointerMovesOverIt) {
+    Start();
+    const BackgroundProgram other("display",
+                                  {"-title", "Elsewhere", "-geometry", "300x200+1400+300", "xc:gray"},
+                                  {{"DISPLAY", display.Name()}});
+    ASSERT_TRUE(Eventually([this] { return display.Shows("Elsewhere"); }));
+    display.Activate("Elsewhere");
+    ASSERT_TRUE(Eventually([this] { return display.ActiveTitle() == "Elsewhere\n"; }));
+    for (int column = 400; column < 420; ++column)
+        display.MoveTo(column, 400);
+    display.Close("Control Panel"); // the program comes to this after the moves
+    ASSERT_TRUE(Eventually([this] { return !display.Shows("Control Panel"); }));
+    EXPECT_EQ(display.ActiveTitle(), "Elsewhere\n");
+    display.Activate(mainTitle);
+    Exit();
+}
+
+TEST_F(WindowProgram, WritesTheTenSettingsWhenItsWindowIsClosedInAnyLocale) {
+    Start({{"LANG", "de_DE.UTF-8"}, {"LC_ALL", "de_DE.UTF-8"}});
+    display.Close(mainTitle);
+    ASSERT_TRUE(Eventually([this] { return program->ExitStatus().has_value(); }));
+    EXPECT_EQ(program->ExitStatus(), 0);
+    EXPECT_EQ(ReadText(ConfigFile()), "3,-12.000000,-8.000000,-2.000000,6.000000,10,10,100,4,70.000000\n");
+}
+
+#if !defined(__SANITIZE_ADDRESS__) // which keeps a shadow of the memory in memory
+TEST_F(WindowProgram, KeepsWithinTwoHundredMegabytes) {
+    Start();
+    Import(PicturePath());
+    Menu("Show BackGround");
+    Menu("Information");
+    ASSERT_TRUE(Eventually([this] { return display.Shows("About Tessaro"); }));
+    std::istringstream status(ReadText("/proc/" + std::to_string(program->Process()) + "/status"));
+    std::string line;
+    while (std::getline(status, line) && line.rfind("VmHWM:", 0) != 0)
+        continue;
+    const int kilobytes = std::atoi(line.c_str() + std::string("VmHWM:").size());
+    EXPECT_GT(kilobytes, 0);
+    EXPECT_LT(kilobytes, 200 * 1024);
+    display.Keys({"Return"});
+    Exit();
+}
+#endif
+
+TEST_F(WindowProgram, SaysWhyAFileIsNoPicture) {
+    std::ofstream(home.Path() / "notes.txt") << "not a picture";
+    Start();
+    Import((home.Path() / "notes.txt").string());
+    Picture white(1232, 1028);
+    std::fill(white.pixels.begin(), white.pixels.end(), std::uint8_t{255});
+    EXPECT_TRUE(Eventually([&] { return ShowsPicture(white, "no-picture"); }));
+    EXPECT_EQ(ReadText(Errors()),
+              (home.Path() / "notes.txt").string() + ": not a JPEG, PNG, TIFF, BMP or PPM picture\n");
+    Exit();
+    std::filesystem::resize_file(Errors(), 0);
+}
+
+/// The program with a home of its own: its working folder is made before it looks at its arguments.
+class TessaroCommandLine : public testing::Test {
+protected:
+    ProgramRun Run(const std::vector<std::string>& arguments, const std::string& environment = {}) const {
+        return RunProgram(TESSARO_PROGRAM, arguments,
+                          environment + "XDG_CONFIG_HOME= HOME=" + ShellQuoted(home.Path().string()) + " ");
+    }
+
+    TemporaryFolder home;
+};
+
+TEST_F(TessaroCommandLine, ExplainsItself) {
+    const ProgramRun help = Run({"--help"});
+    EXPECT_EQ(help.exitStatus, 0);
+    for (const char* option : {"--camera none", "--stage-port none", "--help", "--version"})
+        EXPECT_NE(help.output.find(option), std::string::npos) << option;
+    const ProgramRun version = Run({"--version"});
+    EXPECT_EQ(version.exitStatus, 0);
+    EXPECT_EQ(version.output.substr(0, 8), "tessaro ");
+}
+
+TEST_F(TessaroCommandLine, RefusesWhatItDoesNotKnowWithStatusTwo) {
+    const ProgramRun run = Run({"--zoom"});
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_EQ(run.errors, "tessaro: unknown argument '--zoom'\nTry 'tessaro --help'.\n");
+}
+
+TEST_F(TessaroCommandLine, EndsWithAReasonWhereThereIsNoDisplay) {
+    const ProgramRun run = Run({}, "DISPLAY=:4711 QT_QPA_PLATFORM=xcb ");
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_NE(run.errors.find("could not connect to display :4711"), std::string::npos) << run.errors;
+}
+
+} // namespace
+} // namespace tessaro

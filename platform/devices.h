@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/camera_device.h"
+
+namespace tessaro {
+
+/// The microscope's devices, as main picks their adapters for the operator's program.
+struct Devices {
+    CameraRuntime& cameras;
+};
+
+} // namespace tessaro

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "twin/wafer.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace tessaro {
+
+inline constexpr int twinSensorWidth = 2464;
+inline constexpr int twinSensorHeight = 2056;
+inline constexpr std::size_t twinMosaicBytes = std::size_t{twinSensorWidth} * twinSensorHeight;
+
+struct StagePosition {
+    double x = 0.0; // um
+    double y = 0.0;
+    double z = 0.0;
+
+    friend bool operator==(const StagePosition&, const StagePosition&) = default;
+};
+
+/// The sensor's level of bare substrate at the frame's centre with the settings as they are by default.
+inline constexpr double defaultSubstrateLevel = 140.0;
+
+struct ExposureSettings {
+    double exposureTimeUs = 10'000.0;
+    double gainDb = 0.0;
+    std::array<double, 3> balanceRatios = {1.0, 1.0, 1.0}; // [red, green, blue]; 1 each: the substrate is grey
+};
+
+/// What the sensor sees of a wafer.
+class SensorRenderer {
+public:
+    /// The wafer must outlive the renderer.
+    explicit SensorRenderer(const Wafer& wafer);
+
+    /// Fills 2464 x 2056 samples of 8 bits: a mosaic with red, green / green, blue in each cell, the first row
+    /// the top of the picture. The same wafer, position, settings and noise seed give the same bytes.
+    /// Any position may be given, also one that is no number: far from the wafer there is only its holder.
+    /// The picture without noise is kept, so that further frames at the same position cost much less. A mosaic
+    /// of another size is left alone.
+    void Render(const StagePosition& position, const ExposureSettings& exposure, std::uint64_t noiseSeed,
+                std::span<std::uint8_t> mosaic);
+
+private:
+    void DrawOpticalImage(const StagePosition& position);
+
+    const Wafer& m_wafer;
+    std::optional<StagePosition> m_drawn;          // where the optical image was drawn
+    std::array<std::vector<float>, 4> m_optical;   // [sample of the cell][row from the top][column], substrate = 1
+    std::vector<float> m_noise;                    // standard deviation 1
+};
+
+} // namespace tessaro

@@ -267,7 +267,7 @@ TEST(SimulatedField, DirtKeepsOffTheFlakes) {
         for (const SimulatedFlake& flake : field.flakes) {
             for (const SimulatedBlob& blob : dirt)
                 for (const Disc& disc : blob.discs)
-                    EXPECT_GT(SignedDistance(disc.centre, flake.outline) - disc.radiusPixels, 3.0);
+                    EXPECT_GT(SignedDistance(disc.centre, flake.outline) - disc.radius, 3.0);
             for (const SimulatedScratch& scratch : field.scratches)
                 for (const Vertex& corner : flake.outline)
                     EXPECT_GT(DistanceToSegment(corner, scratch.from, scratch.to), 3.0);

@@ -38,6 +38,22 @@ double OutlineArea(const Outline& outline) {
     return std::abs(twiceArea) / 2.0;
 }
 
+Vertex OutlineCentre(const Outline& outline) {
+    const Vertex origin = outline.empty() ? Vertex() : outline.front(); // near by: nothing cancels
+    double twiceArea = 0.0;
+    Vertex sum;
+    for (std::size_t corner = 0; corner < outline.size(); ++corner) {
+        const Vertex a = {outline[corner].x - origin.x, outline[corner].y - origin.y};
+        const Vertex b = {Following(outline, corner).x - origin.x, Following(outline, corner).y - origin.y};
+        const double cross = a.x * b.y - b.x * a.y;
+        twiceArea += cross;
+        sum = {sum.x + cross * (a.x + b.x), sum.y + cross * (a.y + b.y)};
+    }
+    if (twiceArea == 0.0)
+        return origin;
+    return {origin.x + sum.x / (3.0 * twiceArea), origin.y + sum.y / (3.0 * twiceArea)};
+}
+
 PixelBox PixelsBetween(Vertex low, Vertex high) {
     return {.left = ClampedToInt(std::floor(low.x), frameWidth),
             .right = ClampedToInt(std::ceil(high.x), frameWidth) - 1,
@@ -48,13 +64,10 @@ PixelBox PixelsBetween(Vertex low, Vertex high) {
 PixelBox PixelsAround(const Outline& outline) {
     if (outline.empty())
         return {};
-    Vertex low = outline.front();
-    Vertex high = outline.front();
-    for (const Vertex& corner : outline) {
-        low = {std::min(low.x, corner.x), std::min(low.y, corner.y)};
-        high = {std::max(high.x, corner.x), std::max(high.y, corner.y)};
-    }
-    return PixelsBetween(low, high);
+    Extent extent;
+    for (const Vertex& corner : outline)
+        extent.Add(corner);
+    return PixelsBetween(extent.low, extent.high);
 }
 
 double Distance(Vertex a, Vertex b) {
@@ -84,6 +97,23 @@ double SignedDistance(Vertex point, const Outline& outline) {
             inside = !inside;
     }
     return inside ? -nearest : nearest;
+}
+
+double SignedDistance(Vertex point, const std::vector<Disc>& discs) {
+    double nearest = std::numeric_limits<double>::infinity();
+    for (const Disc& disc : discs)
+        nearest = std::min(nearest, Distance(point, disc.centre) - disc.radius);
+    return nearest;
+}
+
+void Extent::Add(Vertex point) {
+    low = {std::min(low.x, point.x), std::min(low.y, point.y)};
+    high = {std::max(high.x, point.x), std::max(high.y, point.y)};
+}
+
+void Extent::Add(const Disc& disc) {
+    Add(Vertex{disc.centre.x - disc.radius, disc.centre.y - disc.radius});
+    Add(Vertex{disc.centre.x + disc.radius, disc.centre.y + disc.radius});
 }
 
 } // namespace tessaro

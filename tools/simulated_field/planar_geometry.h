@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <vector>
 
 namespace tessaro {
@@ -16,6 +17,11 @@ struct Vertex {
 /// Corners of a simple polygon in order, either way round; the last is joined to the first.
 using Outline = std::vector<Vertex>;
 
+struct Disc {
+    Vertex centre;
+    double radius = 0.0;
+};
+
 /// Frame pixels, first and last inclusive; without pixels when a last is below its first.
 struct PixelBox {
     int left = 0;
@@ -29,6 +35,9 @@ struct PixelBox {
 /// Square pixels; 0 for fewer than three corners.
 double OutlineArea(const Outline& outline);
 
+/// Centre of gravity of an outline that has an area.
+Vertex OutlineCentre(const Outline& outline);
+
 /// The pixels of the frame that a shape between these two corners touches.
 PixelBox PixelsBetween(Vertex low, Vertex high);
 
@@ -41,5 +50,17 @@ double DistanceToSegment(Vertex point, Vertex from, Vertex to);
 
 /// Distance to the nearest edge, negative inside; infinite for an outline without corners.
 double SignedDistance(Vertex point, const Outline& outline);
+
+/// Distance to the edge of the discs' common patch, negative inside it; infinite without discs.
+double SignedDistance(Vertex point, const std::vector<Disc>& discs);
+
+/// Lower left and upper right corner of what is added; low lies above high as long as there is nothing.
+struct Extent {
+    Vertex low = {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
+    Vertex high = {-std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+
+    void Add(Vertex point);
+    void Add(const Disc& disc);
+};
 
 } // namespace tessaro

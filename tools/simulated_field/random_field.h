@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulated_field/random_shapes.h"
 #include "simulated_field/simulated_field.h"
 
 #include <cstdint>
@@ -9,11 +10,6 @@ namespace tessaro {
 // No flake is looked for nearer to the frame's edge than this.
 inline constexpr int detectionMarginXPixels = 100;
 inline constexpr int detectionMarginYPixels = 10;
-
-struct AreaRangeUm2 {
-    double minimum = 0.0;
-    double maximum = 0.0;
-};
 
 /// Single layers of these sizes are above the usual minimum area, and none covers half of a background block
 /// (77 x 64 pixels): larger ones may become their own background and not be found, wholly or in part.

@@ -6,13 +6,12 @@
 #include <cmath>
 #include <cstddef>
 #include <functional>
-#include <limits>
 
 namespace tessaro {
 
 namespace {
 
-constexpr double hardEdgeWidthPixels = 1e-6; // stands for "no smoothing", which would divide by zero
+constexpr double hardEdgeWidth = 1e-6; // stands for "no smoothing", which would divide by zero
 
 using FrameRow = std::array<ChannelValues, frameWidth>;
 
@@ -23,13 +22,6 @@ struct Tint {
     double edgeWidthPixels = 1.0;
     std::function<double(Vertex)> signedDistance; // negative inside; the shape outlives the tint
 };
-
-ChannelValues Transmission(const ChannelValues& contrastPercent) {
-    ChannelValues transmission = {};
-    for (std::size_t c = 0; c < channelCount; ++c)
-        transmission[c] = 1.0 + contrastPercent[c] / 100.0;
-    return transmission;
-}
 
 ChannelValues LayerTransmission(const ChannelValues& singleLayerContrastPercent, int layers) {
     const ChannelValues single = Transmission(singleLayerContrastPercent);
@@ -53,28 +45,18 @@ Tint FlakeTint(const SimulatedField& field, const SimulatedFlake& flake) {
             .signedDistance = [&flake](Vertex point) { return SignedDistance(point, flake.outline); }};
 }
 
-double DistanceToBlob(Vertex point, const SimulatedBlob& blob) {
-    double nearest = std::numeric_limits<double>::infinity();
-    for (const Disc& disc : blob.discs)
-        nearest = std::min(nearest, Distance(point, disc.centre) - disc.radiusPixels);
-    return nearest;
-}
-
 PixelBox BlobBox(const SimulatedBlob& blob) {
-    Outline extremes;
-    for (const Disc& disc : blob.discs) {
-        const double radius = disc.radiusPixels;
-        extremes.push_back({disc.centre.x - radius, disc.centre.y - radius});
-        extremes.push_back({disc.centre.x + radius, disc.centre.y + radius});
-    }
-    return PixelsAround(extremes);
+    Extent extent;
+    for (const Disc& disc : blob.discs)
+        extent.Add(disc);
+    return PixelsBetween(extent.low, extent.high);
 }
 
 Tint BlobTint(const SimulatedBlob& blob) {
     return {.reach = Widened(BlobBox(blob), blob.edgeWidthPixels),
             .transmission = Transmission(blob.contrastPercent),
             .edgeWidthPixels = blob.edgeWidthPixels,
-            .signedDistance = [&blob](Vertex point) { return DistanceToBlob(point, blob); }};
+            .signedDistance = [&blob](Vertex point) { return SignedDistance(point, blob.discs); }};
 }
 
 Tint ScratchTint(const SimulatedField& field, const SimulatedScratch& scratch) {
@@ -98,11 +80,6 @@ std::vector<Tint> TintsOf(const SimulatedField& field) {
     for (const SimulatedBlob& speck : field.dustSpecks)
         tints.push_back(BlobTint(speck));
     return tints;
-}
-
-/// Share of a pixel that a shape covers, from the distance of the pixel's centre to the shape's edge.
-double Coverage(double signedDistance, double edgeWidthPixels) {
-    return std::clamp(0.5 - signedDistance / std::max(edgeWidthPixels, hardEdgeWidthPixels), 0.0, 1.0);
 }
 
 Vertex PixelCentre(int x, int y) {
@@ -157,6 +134,17 @@ void DrawField(const SimulatedField& field, std::uint64_t seed, FrameBuffer& fra
         AddNoise(field.noiseSigma, random, row);
         StoreRow(row, y, frame);
     }
+}
+
+double Coverage(double signedDistance, double edgeWidth) {
+    return std::clamp(0.5 - signedDistance / std::max(edgeWidth, hardEdgeWidth), 0.0, 1.0);
+}
+
+ChannelValues Transmission(const ChannelValues& contrastPercent) {
+    ChannelValues transmission = {};
+    for (std::size_t c = 0; c < channelCount; ++c)
+        transmission[c] = 1.0 + contrastPercent[c] / 100.0;
+    return transmission;
 }
 
 ChannelValues LayerContrastPercent(const ChannelValues& singleLayerContrastPercent, int layers) {

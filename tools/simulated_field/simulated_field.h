@@ -22,11 +22,6 @@ struct SimulatedFlake {
     int layers = 1;
 };
 
-struct Disc {
-    Vertex centre;
-    double radiusPixels = 0.0;
-};
-
 /// Something round that is no flake: discs that show as one patch.
 struct SimulatedBlob {
     std::vector<Disc> discs;
@@ -61,6 +56,12 @@ void DrawField(const SimulatedField& field, std::uint64_t seed, FrameBuffer& fra
 
 /// Every layer takes the same share of what reaches it: 1 - (1 - c)^layers for a single layer that takes c.
 ChannelValues LayerContrastPercent(const ChannelValues& singleLayerContrastPercent, int layers);
+
+/// Share of the light that is left where there is this contrast.
+ChannelValues Transmission(const ChannelValues& contrastPercent);
+
+/// How much of a shape is there, 0 to 1, at a point so far from its edge; half of it on the edge.
+double Coverage(double signedDistance, double edgeWidth);
 
 /// Share of the light of the frame's centre that reaches a point, 1 - cornerFalloff at the corners.
 double Illumination(const SimulatedField& field, Vertex point);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "twin/coverage.h"
+#include "twin/defocus.h"
+#include "twin/sensor_noise.h"
 #include "twin/wafer.h"
 
 #include <array>
@@ -29,7 +32,8 @@ inline constexpr double defaultSubstrateLevel = 140.0;
 struct ExposureSettings {
     double exposureTimeUs = 10'000.0;
     double gainDb = 0.0;
-    std::array<double, 3> balanceRatios = {1.0, 1.0, 1.0}; // [red, green, blue]; 1 each: the substrate is grey
+    std::array<double, 3> balanceRatios = {1.0, 1.0,
+                                           1.0}; // [red, green, blue]; 1 each: the substrate is grey
 };
 
 /// What the sensor sees of a wafer.
@@ -38,21 +42,30 @@ public:
     /// The wafer must outlive the renderer.
     explicit SensorRenderer(const Wafer& wafer);
 
-    /// Fills 2464 x 2056 samples of 8 bits: a mosaic with red, green / green, blue in each cell, the first row
-    /// the top of the picture. The same wafer, position, settings and noise seed give the same bytes.
-    /// Any position may be given, also one that is no number: far from the wafer there is only its holder.
-    /// The picture without noise is kept, so that further frames at the same position cost much less. A mosaic
-    /// of another size is left alone.
+    /// Fills 2464 x 2056 samples of 8 bits: a mosaic with red, green / green, blue in each cell, the first
+    /// row the top of the picture. The same wafer, position, settings and noise seed give the same bytes. Any
+    /// position may be given, also one that is no number: far from the wafer there is only its holder. The
+    /// picture without noise is kept, so that further frames at the same position cost much less. A mosaic of
+    /// another size is left alone.
     void Render(const StagePosition& position, const ExposureSettings& exposure, std::uint64_t noiseSeed,
                 std::span<std::uint8_t> mosaic);
 
 private:
     void DrawOpticalImage(const StagePosition& position);
+    void DrawPlane(std::size_t channel);
+    void LightUp(std::vector<float>& optical) const;
 
     const Wafer& m_wafer;
-    std::optional<StagePosition> m_drawn;          // where the optical image was drawn
-    std::array<std::vector<float>, 4> m_optical;   // [sample of the cell][row from the top][column], substrate = 1
-    std::vector<float> m_noise;                    // standard deviation 1
+    NoiseTable m_noise;
+    std::vector<float> m_columnLight; // share of the light at the middle row
+    std::vector<float> m_rowLoss;     // what the row lacks of it
+    std::optional<StagePosition> m_drawn;
+    // The picture without noise at m_drawn, bare substrate in full light 1:
+    // [red, green, green, blue of the cells][row from the top][column]
+    std::array<std::vector<float>, 4> m_optical;
+    LightPlane m_plane;
+    MarkPainter m_painter;
+    GaussianBlur m_blur;
 };
 
 } // namespace tessaro

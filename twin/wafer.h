@@ -10,12 +10,11 @@ namespace tessaro {
 
 /// Anything on the wafer that takes or gives light: an outline with hard edges, or, if that is empty, discs.
 struct WaferMark {
-    Outline outline;
-    std::vector<Disc> discs;
-    double edgeWidthUm = 0.0;       // of the discs
+    Outline outline = {};
+    std::vector<Disc> discs = {};
+    double edgeWidthUm = 0.0;        // of the discs
     ChannelValues transmission = {}; // share of the substrate's light
-    Vertex low;                      // everything lies between these two
-    Vertex high;
+    Extent extent = {};              // with the soft edges
 };
 
 /// The simulated sample, which does not change once it is made. Positions are micrometres of the stage.

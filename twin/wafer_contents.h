@@ -19,8 +19,8 @@ struct WaferOptions {
     double flakesPerMm2 = 60.0;
     Material material = Material::graphene;
     Substrate substrate = Substrate::sio2;
-    Vertex tiltUmPerUm;     // by how much the focus rises along X and Y
-    double focusZUm = 0.0;  // the focus at the stage's (0, 0)
+    Vertex tiltUmPerUm;    // by how much the focus rises along X and Y
+    double focusZUm = 0.0; // the focus at the stage's (0, 0)
     double residuesPerMm2 = 14.0;
     double dustSpecksPerMm2 = 70.0;
     double scratchesPerMm2 = 6.0;
@@ -54,8 +54,8 @@ struct WaferContents {
     std::vector<WaferScratch> scratches;
 };
 
-/// Flakes of 40 um^2 or more, small ones more often than large ones, and what else lies on a wafer, none of it
-/// touching or coming near a flake. What finds no room is left out. The same options, the same contents.
+/// Flakes of 40 um^2 or more, small ones more often than large ones, and what else lies on a wafer, none of
+/// it touching or coming near a flake. What finds no room is left out. The same options, the same contents.
 WaferContents RandomContents(const WaferOptions& options);
 
 } // namespace tessaro

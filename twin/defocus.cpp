@@ -1,0 +1,123 @@
+#include "twin/defocus.h"
+
+#include "imaging/frame_buffer.h"
+#include "simulated_field/simulated_field.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessaro {
+namespace {
+
+constexpr double blurUmPerUm = 0.2;
+constexpr double sharpPixels = 0.05; // no eye and no measure sees less
+constexpr double reducedSigma = 1.5; // samples; from twice this on, half as many samples do
+constexpr double kernelReach = 3.0;  // standard deviations
+constexpr double enlargingVariance =
+    0.25; // squared samples that averaging into samples and lines between them blur
+
+/// Where a sample of the frame lies between two samples of the plane along one axis.
+struct Between {
+    std::size_t first = 0;
+    float share = 0.0F; // of the second
+};
+
+Between PlaceOf(int frameSample, const BlurPlan& plan) {
+    const double place = (frameSample + 0.5) / plan.reduction + plan.marginSamples - 0.5;
+    const double whole = std::floor(place);
+    return {static_cast<std::size_t>(whole), static_cast<float>(place - whole)};
+}
+
+} // namespace
+
+double BlurPixels(double distanceUm) {
+    return std::min(maximumBlurPixels, blurUmPerUm * framePixelsPerUm * std::abs(distanceUm));
+}
+
+BlurPlan PlanBlur(double blurPixels) {
+    if (!(blurPixels > sharpPixels))
+        return {};
+    BlurPlan plan;
+    while (blurPixels >= 2.0 * reducedSigma * plan.reduction)
+        plan.reduction *= 2;
+    plan.sigmaSamples = blurPixels / plan.reduction;
+    if (plan.reduction > 1)
+        plan.sigmaSamples = std::sqrt(plan.sigmaSamples * plan.sigmaSamples - enlargingVariance);
+    plan.marginSamples = static_cast<int>(std::ceil(kernelReach * plan.sigmaSamples)) + 1;
+    return plan;
+}
+
+void GaussianBlur::Apply(double sigmaSamples, int width, int height, std::vector<float>& samples) {
+    if (!(sigmaSamples > 0.0) || width <= 0 || height <= 0)
+        return;
+    const auto reach = static_cast<std::size_t>(std::ceil(kernelReach * sigmaSamples));
+    m_kernel.clear();
+    double sum = -1.0; // the centre, 1, is counted once
+    for (std::size_t k = 0; k <= reach; ++k) {
+        const double distance = static_cast<double>(k) / sigmaSamples;
+        m_kernel.push_back(static_cast<float>(std::exp(-0.5 * distance * distance)));
+        sum += 2.0 * static_cast<double>(m_kernel.back());
+    }
+    for (float& weight : m_kernel)
+        weight = static_cast<float>(static_cast<double>(weight) / sum);
+
+    const auto columns = static_cast<std::size_t>(width);
+    const auto rows = static_cast<std::size_t>(height);
+    m_across.resize(columns * rows);
+    m_row.resize(columns + 2 * reach);
+    for (std::size_t row = 0; row < rows; ++row) {
+        const float* const source = samples.data() + row * columns;
+        std::fill_n(m_row.begin(), reach, source[0]);
+        std::copy_n(source, columns, m_row.begin() + static_cast<std::ptrdiff_t>(reach));
+        std::fill_n(m_row.end() - static_cast<std::ptrdiff_t>(reach), reach, source[columns - 1]);
+        float* const target = m_across.data() + row * columns;
+        const float* const centre = m_row.data() + reach;
+        for (std::size_t column = 0; column < columns; ++column)
+            target[column] = m_kernel[0] * centre[column];
+        for (std::size_t k = 1; k <= reach; ++k) {
+            const float* const before = centre - k;
+            const float* const after = centre + k;
+            const float weight = m_kernel[k];
+            for (std::size_t column = 0; column < columns; ++column)
+                target[column] += weight * (before[column] + after[column]);
+        }
+    }
+    for (std::size_t row = 0; row < rows; ++row) {
+        float* const target = samples.data() + row * columns;
+        const float* const centre = m_across.data() + row * columns;
+        for (std::size_t column = 0; column < columns; ++column)
+            target[column] = m_kernel[0] * centre[column];
+        for (std::size_t k = 1; k <= reach; ++k) {
+            const float* const before = m_across.data() + (row - std::min(row, k)) * columns;
+            const float* const after = m_across.data() + std::min(row + k, rows - 1) * columns;
+            const float weight = m_kernel[k];
+            for (std::size_t column = 0; column < columns; ++column)
+                target[column] += weight * (before[column] + after[column]);
+        }
+    }
+}
+
+void EnlargeToFrame(const BlurPlan& plan, const std::vector<float>& plane, int planeWidth,
+                    std::span<float> frame) {
+    const auto width = static_cast<std::size_t>(planeWidth);
+    std::vector<Between> columns;
+    for (int column = 0; column < frameWidth; ++column)
+        columns.push_back(PlaceOf(column, plan));
+    std::vector<float> blended(width + 1);
+    for (int row = 0; row < frameHeight; ++row) {
+        const Between rows = PlaceOf(row, plan);
+        const float* const first = plane.data() + rows.first * width;
+        const float* const second = rows.share > 0.0F ? first + width : first;
+        for (std::size_t i = 0; i < width; ++i)
+            blended[i] = first[i] + rows.share * (second[i] - first[i]);
+        blended[width] = blended[width - 1];
+        float* const target = frame.data() + static_cast<std::size_t>(row) * frameWidth;
+        for (std::size_t column = 0; column < frameWidth; ++column) {
+            const Between& place = columns[column];
+            target[column] =
+                blended[place.first] + place.share * (blended[place.first + 1] - blended[place.first]);
+        }
+    }
+}
+
+} // namespace tessaro

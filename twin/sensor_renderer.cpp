@@ -1,0 +1,147 @@
+#include "twin/sensor_renderer.h"
+
+#include "imaging/frame_buffer.h"
+#include "simulated_field/reproducible_random.h"
+#include "simulated_field/simulated_field.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessaro {
+namespace {
+
+static_assert(twinSensorWidth == 2 * frameWidth && twinSensorHeight == 2 * frameHeight);
+
+constexpr double holderLight = 0.12; // what the wafer lies on, beside it
+constexpr double farthestUm = 1e7;   // nothing but the holder is there
+
+// The sensor at a gain of 0 dB.
+constexpr double electronsPerLevel = 80.0;
+constexpr double readNoiseLevels = 0.4;
+
+constexpr double longestExposureUs = 1e8;
+constexpr double largestGainDb = 60.0;
+constexpr double largestRatio = 64.0;
+
+/// Where a sample of the 2 x 2 cell lies from the cell's centre, in frame pixels to the right and down, and
+/// what it sees.
+struct CellSample {
+    std::size_t channel;
+    double right;
+    double down;
+};
+constexpr std::array<CellSample, 4> cellSamples = {
+    {{0, -0.25, -0.25}, {1, 0.25, -0.25}, {1, -0.25, 0.25}, {2, 0.25, 0.25}}};
+
+double Within(double value, double low, double high, double instead) {
+    return std::isnan(value) ? instead : std::clamp(value, low, high);
+}
+
+StagePosition Reachable(const StagePosition& position) {
+    const auto reachable = [](double um) { return Within(um, -farthestUm, farthestUm, farthestUm); };
+    return {reachable(position.x), reachable(position.y), reachable(position.z)};
+}
+
+SampleGrid GridOf(const CellSample& sample, const StagePosition& position, const BlurPlan& plan) {
+    const int margin = plan.marginSamples * plan.reduction; // frame pixels
+    const auto samples = [&](int pixels) {
+        return (pixels + plan.reduction - 1) / plan.reduction + 2 * plan.marginSamples;
+    };
+    return {.topLeft = {position.x + (sample.right - margin - frameWidth / 2.0) / framePixelsPerUm,
+                        position.y - (sample.down - margin - frameHeight / 2.0) / framePixelsPerUm},
+            .samplesPerUm = framePixelsPerUm / plan.reduction,
+            .width = samples(frameWidth),
+            .height = samples(frameHeight)};
+}
+
+SensorResponse ResponseOf(const ExposureSettings& exposure, std::size_t channel) {
+    const double time = Within(exposure.exposureTimeUs, 0.0, longestExposureUs, 0.0);
+    const double gain = std::pow(10.0, Within(exposure.gainDb, -largestGainDb, largestGainDb, 0.0) / 20.0) *
+                        Within(exposure.balanceRatios[channel], 0.0, largestRatio, 0.0);
+    const double level = defaultSubstrateLevel * gain * time / ExposureSettings().exposureTimeUs;
+    return {.level = static_cast<float>(level),
+            .variancePerLevel = static_cast<float>(gain / electronsPerLevel),
+            .readVariance = static_cast<float>(readNoiseLevels * readNoiseLevels * gain * gain)};
+}
+
+void PutInTurn(const std::vector<std::uint8_t>& even, const std::vector<std::uint8_t>& odd,
+               std::uint8_t* target) {
+    for (std::size_t column = 0; column < frameWidth; ++column) {
+        target[2 * column] = even[column];
+        target[2 * column + 1] = odd[column];
+    }
+}
+
+} // namespace
+
+/// The light is a paraboloid: what a column lacks and what a row lacks add up.
+SensorRenderer::SensorRenderer(const Wafer& wafer) : m_wafer(wafer) {
+    const SimulatedField evenSubstrate;
+    for (int column = 0; column < frameWidth; ++column)
+        m_columnLight.push_back(
+            static_cast<float>(Illumination(evenSubstrate, {column + 0.5, frameHeight / 2.0})));
+    for (int row = 0; row < frameHeight; ++row)
+        m_rowLoss.push_back(
+            static_cast<float>(1.0 - Illumination(evenSubstrate, {frameWidth / 2.0, row + 0.5})));
+    for (std::vector<float>& optical : m_optical)
+        optical.resize(framePixelCount);
+}
+
+void SensorRenderer::Render(const StagePosition& position, const ExposureSettings& exposure,
+                            std::uint64_t noiseSeed, std::span<std::uint8_t> mosaic) {
+    if (mosaic.size() != twinMosaicBytes)
+        return;
+    const StagePosition reachable = Reachable(position);
+    if (m_drawn != reachable)
+        DrawOpticalImage(reachable);
+    m_drawn = reachable;
+
+    ReproducibleRandom random(noiseSeed);
+    std::array<std::vector<std::uint8_t>, 2> levels = {std::vector<std::uint8_t>(frameWidth),
+                                                       std::vector<std::uint8_t>(frameWidth)};
+    std::array<SensorResponse, channelCount> responses = {};
+    for (std::size_t channel = 0; channel < responses.size(); ++channel)
+        responses[channel] = ResponseOf(exposure, channel);
+    for (std::size_t sensorRow = 0; sensorRow < twinSensorHeight; ++sensorRow) {
+        for (std::size_t parity = 0; parity < 2; ++parity) {
+            const std::size_t sample = sensorRow % 2 * 2 + parity;
+            const float* const light = m_optical[sample].data() + sensorRow / 2 * frameWidth;
+            ExposeRow({light, frameWidth}, responses[cellSamples[sample].channel],
+                      m_noise.Piece(random.Next()), levels[parity].data());
+        }
+        PutInTurn(levels[0], levels[1], mosaic.data() + sensorRow * twinSensorWidth);
+    }
+}
+
+void SensorRenderer::DrawOpticalImage(const StagePosition& position) {
+    const BlurPlan plan = PlanBlur(BlurPixels(position.z - m_wafer.FocusZ(position.x, position.y)));
+    for (std::size_t sample = 0; sample < cellSamples.size(); ++sample) {
+        m_plane.grid = GridOf(cellSamples[sample], position, plan);
+        DrawPlane(cellSamples[sample].channel);
+        m_blur.Apply(plan.sigmaSamples, m_plane.grid.width, m_plane.grid.height, m_plane.samples);
+        if (plan.marginSamples == 0)
+            m_optical[sample].swap(m_plane.samples);
+        else
+            EnlargeToFrame(plan, m_plane.samples, m_plane.grid.width, m_optical[sample]);
+        LightUp(m_optical[sample]);
+    }
+}
+
+void SensorRenderer::DrawPlane(std::size_t channel) {
+    const SampleGrid& grid = m_plane.grid;
+    MarkPainter::PaintWafer(m_wafer.SideUm(), holderLight, m_plane);
+    const Vertex low = {grid.topLeft.x, grid.topLeft.y - grid.height / grid.samplesPerUm};
+    const Vertex high = {grid.topLeft.x + grid.width / grid.samplesPerUm, grid.topLeft.y};
+    for (const WaferMark* mark : m_wafer.MarksBetween(low, high))
+        m_painter.Paint(*mark, mark->transmission[channel], m_plane);
+}
+
+/// The light falls off toward the corners of the frame, whatever lies there.
+void SensorRenderer::LightUp(std::vector<float>& optical) const {
+    float* sample = optical.data();
+    for (const float loss : m_rowLoss)
+        for (const float light : m_columnLight)
+            *sample++ *= light - loss;
+}
+
+} // namespace tessaro

@@ -3,6 +3,7 @@
 #include "app/program_options.h"
 #include "platform/posix/standard_streams.h"
 #include "platform/qt/qt_user_interface.h"
+#include "platform/standard/absent_cameras.h"
 
 #include <csignal>
 #include <cstdio>
@@ -37,7 +38,8 @@ int Start(std::span<const std::string_view> arguments) {
         return Print("tessaro " TESSARO_VERSION "\n");
 
     QtUserInterface ui;
-    return RunProgram(ProgramGlobals(), ui.Adapters());
+    AbsentCameras cameras;
+    return RunProgram(ProgramGlobals(), ui.Adapters(), {cameras});
 }
 
 } // namespace

@@ -18,8 +18,8 @@ constexpr std::uint32_t waitAfterStageMs = 100;
 
 class Program {
 public:
-    Program(Globals& globals, const UserInterface& ui)
-        : m_globals(globals), m_services(globals, ui), m_operations(m_services),
+    Program(Globals& globals, const UserInterface& ui, const Devices& devices)
+        : m_globals(globals), m_services(globals, ui, devices), m_operations(m_services),
           m_mainWindow(m_operations, globals.mainWindow) {}
 
     int Run() {
@@ -108,8 +108,8 @@ private:
 
 } // namespace
 
-int RunProgram(Globals& globals, const UserInterface& ui) {
-    return Program(globals, ui).Run();
+int RunProgram(Globals& globals, const UserInterface& ui, const Devices& devices) {
+    return Program(globals, ui, devices).Run();
 }
 
 } // namespace tessaro

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "app/globals.h"
+#include "platform/devices.h"
 #include "platform/user_interface.h"
 
 namespace tessaro {
 
-/// The operator's program from start-up to shutdown, on one set of adapters. Returns the exit code; 0, with
-/// nothing read or written, when the main window cannot be made.
-int RunProgram(Globals& globals, const UserInterface& ui);
+/// The operator's program from start-up to shutdown, on one set of adapters and devices. Returns the exit
+/// code; 0, with nothing read or written, when the main window cannot be made.
+int RunProgram(Globals& globals, const UserInterface& ui, const Devices& devices);
 
 } // namespace tessaro

@@ -1,12 +1,15 @@
 #include "app/services.h"
 
+#include <iostream>
+
 namespace tessaro {
 
-Services::Services(Globals& g, UserInterface adapters)
+Services::Services(Globals& g, UserInterface adapters, Devices devices)
     : globals(g), ui(adapters), status(ui.dialogs, g.windows, g.stage, g.shownPosition),
       liveView(g.liveTimer, ui.messages, g.windows),
       pump(ui.clock, ui.messages, ui.boxes, liveView, status, g.scan, g.stage, g.windows),
-      camera(g.camera, status), screen(g.screen, ui.drawing, ui.windows, g.windows, status, pump),
+      camera(g.camera, devices.cameras, status, pump, ui.clock, std::cout),
+      screen(g.screen, ui.drawing, ui.windows, g.windows, status, pump),
       images(g.folders, ui.folders, ui.pictures, ui.clock, screen, ui.drawing, g.windows, status, g.stage),
       focusMeter(g.measured, g.focusValue, status), analysisStatus(status),
       controlPanel(ui.dialogs, g.windows, g.settings, g.focusControl), aboutBox(ui.dialogs),

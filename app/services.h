@@ -11,6 +11,7 @@
 #include "focus/focus_meter.h"
 #include "imaging/image_files.h"
 #include "imaging/screen_view.h"
+#include "platform/devices.h"
 #include "platform/user_interface.h"
 #include "scan/control_panel.h"
 #include "stage/motor_controller.h"
@@ -19,7 +20,7 @@ namespace tessaro {
 
 /// Everything that acts on the globals, put together on one set of adapters.
 struct Services {
-    Services(Globals& g, UserInterface adapters);
+    Services(Globals& g, UserInterface adapters, Devices devices);
     Services(const Services&) = delete;
     Services& operator=(const Services&) = delete;
 

@@ -3,6 +3,7 @@
 #include "app/settings_file.h"
 #include "imaging/picture_to_frame.h"
 #include "platform/fake/fake_user_interface.h"
+#include "platform/standard/absent_cameras.h"
 #include "scan/control_panel_ids.h"
 #include "support/drawn_frames.h"
 
@@ -27,7 +28,7 @@ class ProgramTest : public testing::Test {
 protected:
     int RunUntil(std::uint64_t end) {
         ui.messages.PostAt(end, {mainWindow, MessageKind::Close});
-        const int result = RunProgram(*globals, ui.Adapters());
+        const int result = RunProgram(*globals, ui.Adapters(), {cameras});
         EXPECT_FALSE(ui.messages.waitedForEver);
         EXPECT_EQ(ui.drawing.contextsHeld, 0);
         return result;
@@ -89,6 +90,7 @@ protected:
     std::string Config() const { return ui.folders.Text(globals->folders.settings); }
 
     FakeUserInterface ui;
+    AbsentCameras cameras;
     std::unique_ptr<Globals> globals = std::make_unique<Globals>(ui.folders);
 
 private:
@@ -177,7 +179,7 @@ TEST_F(ProgramTest, HoldsTwoGrainTablesFromBeforeItsWindowsUntilItsEnd) {
 TEST_F(ProgramTest, WithoutAMainWindowReturnsZeroAndTouchesNoSettings) {
     ui.windows.failMaking = {"Tessaro"};
     ui.folders.Put(globals->folders.settings, "5,-20.5\n");
-    EXPECT_EQ(RunProgram(*globals, ui.Adapters()), 0);
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {cameras}), 0);
     EXPECT_FALSE(HasCall("read Config.txt"));
     EXPECT_FALSE(HasCall("write Config.txt"));
     EXPECT_FALSE(HasCall("make popup_controller"));
@@ -197,7 +199,7 @@ TEST_F(ProgramTest, GoesOnWithoutAMotorController) {
 
 TEST_F(ProgramTest, ReturnsTheExitCodeOfTheQuitMessage) {
     At(started + 1, [&] { ui.messages.PostQuit(7); });
-    EXPECT_EQ(RunProgram(*globals, ui.Adapters()), 7);
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {cameras}), 7);
     EXPECT_EQ(Config(), defaultLine);
 }
 
@@ -206,7 +208,7 @@ TEST_F(ProgramTest, DispatchesWhatIsLeftBeforeItQuits) {
         ui.messages.PostQuit(0);
         ChooseAt(started + 1, command::information);
     });
-    RunProgram(*globals, ui.Adapters());
+    RunProgram(*globals, ui.Adapters(), {cameras});
     EXPECT_EQ(ui.dialogs.modalResources, std::vector<int>{103});
 }
 
@@ -452,7 +454,7 @@ TEST_F(ProgramTest, NeverTriesTheStageForThereIsNoLine) {
 
 TEST_F(ProgramTest, EndsByTheMenu) {
     ChooseAt(250, command::exit);
-    EXPECT_EQ(RunProgram(*globals, ui.Adapters()), 0);
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {cameras}), 0);
     EXPECT_FALSE(ui.messages.waitedForEver);
     EXPECT_EQ(ui.clock.now, 350U) << "100 ms for the stage";
     EXPECT_TRUE(ui.windows.windows.empty());

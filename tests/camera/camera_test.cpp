@@ -1,7 +1,9 @@
 #include "camera/camera.h"
+#include "platform/standard/absent_cameras.h"
 #include "support/shell_fixture.h"
 
 #include <memory>
+#include <sstream>
 
 namespace tessaro {
 namespace {
@@ -11,7 +13,9 @@ using Texts = std::vector<std::string>;
 class CameraTest : public ShellFixture {
 protected:
     std::unique_ptr<CameraSession> m_session = std::make_unique<CameraSession>();
-    Camera camera{*m_session, status};
+    AbsentCameras cameras;
+    std::ostringstream report;
+    Camera camera{*m_session, cameras, status, pump, ui.clock, report};
 };
 
 TEST_F(CameraTest, SessionStartsWithoutACameraAtTheSensorsSize) {

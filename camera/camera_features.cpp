@@ -1,0 +1,111 @@
+#include "camera/camera_features.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessaro {
+namespace {
+
+struct FeatureNames {
+    std::string_view current;
+    std::string_view older;
+};
+
+constexpr FeatureNames gain = {"Gain", "GainRaw"}; // the older one is a whole number
+constexpr FeatureNames exposureTime = {"ExposureTime", "ExposureTimeAbs"};
+constexpr std::string_view balanceSelector = "BalanceRatioSelector";
+constexpr std::array<std::string_view, 3> balanceChannels = {"Red", "Green", "Blue"};
+constexpr FeatureNames balanceRatio = {"BalanceRatio", "BalanceRatioAbs"};
+constexpr FeatureNames brightnessTarget = {"AutoTargetBrightness", "AutoTargetValue"};
+
+struct RegionFeatures {
+    std::string_view selector;
+    std::string_view first; // values of the selector
+    std::string_view second;
+    std::string_view drivesBrightness;
+    std::string_view offsetX;
+    std::string_view offsetY;
+    std::string_view width;
+    std::string_view height;
+};
+
+constexpr std::array<RegionFeatures, 2> regionNames = {{
+    {"AutoFunctionROISelector", "ROI1", "ROI2", "AutoFunctionROIUseBrightness", "AutoFunctionROIOffsetX",
+     "AutoFunctionROIOffsetY", "AutoFunctionROIWidth", "AutoFunctionROIHeight"},
+    {"AutoFunctionAOISelector", "AOI1", "AOI2", "AutoFunctionAOIUsageIntensity", "AutoFunctionAOIOffsetX",
+     "AutoFunctionAOIOffsetY", "AutoFunctionAOIWidth", "AutoFunctionAOIHeight"},
+}};
+
+constexpr double targetBrightness = 0.3;     // of the full scale
+constexpr std::int64_t targetGreyValue = 80; // the same on the older scale
+
+double ReadFloat(CameraDevice& camera, const FeatureNames& names) {
+    return camera.GetFloat(camera.IsReadable(names.current) ? names.current : names.older);
+}
+
+void SelectWholePicture(CameraDevice& camera, const RegionFeatures& region) {
+    camera.SetEnumeration(region.selector, region.first);
+    camera.SetBoolean(region.drivesBrightness, true);
+    camera.SetEnumeration(region.selector, region.second);
+    camera.SetBoolean(region.drivesBrightness, false);
+    camera.SetEnumeration(region.selector, region.first);
+    // The offsets first: they limit how large it may be.
+    for (const std::string_view offset : {region.offsetX, region.offsetY})
+        camera.SetInteger(offset, camera.GetIntegerRange(offset).minimum);
+    for (const std::string_view size : {region.width, region.height})
+        camera.SetInteger(size, camera.GetIntegerRange(size).maximum);
+}
+
+} // namespace
+
+double ReadGain(CameraDevice& camera) {
+    if (camera.IsReadable(gain.current))
+        return camera.GetFloat(gain.current);
+    return static_cast<double>(camera.GetInteger(gain.older));
+}
+
+void WriteGain(CameraDevice& camera, double value) {
+    if (camera.IsWritable(gain.current)) {
+        camera.SetFloat(gain.current, value);
+        return;
+    }
+    const IntegerRange range = camera.GetIntegerRange(gain.older);
+    const double nearest = std::clamp(std::round(value), static_cast<double>(range.minimum),
+                                      static_cast<double>(std::max(range.minimum, range.maximum)));
+    camera.SetInteger(gain.older, static_cast<std::int64_t>(nearest));
+}
+
+double ReadExposureTime(CameraDevice& camera) {
+    return ReadFloat(camera, exposureTime);
+}
+
+void WriteExposureTime(CameraDevice& camera, double exposureTimeUs) {
+    camera.SetFloat(camera.IsWritable(exposureTime.current) ? exposureTime.current : exposureTime.older,
+                    exposureTimeUs);
+}
+
+std::array<double, 3> ReadBalanceRatios(CameraDevice& camera) {
+    std::array<double, 3> ratios = {};
+    for (std::size_t channel = 0; channel < ratios.size(); ++channel) {
+        camera.SetEnumeration(balanceSelector, balanceChannels[channel]);
+        ratios[channel] = ReadFloat(camera, balanceRatio);
+    }
+    return ratios;
+}
+
+void MeasureWholePicture(CameraDevice& camera) {
+    const auto* region =
+        std::find_if(regionNames.begin(), regionNames.end(),
+                     [&](const RegionFeatures& names) { return camera.IsWritable(names.selector); });
+    if (region != regionNames.end())
+        SelectWholePicture(camera, *region);
+}
+
+void SetBrightnessTarget(CameraDevice& camera) {
+    if (camera.IsWritable(brightnessTarget.current))
+        camera.SetFloat(brightnessTarget.current, targetBrightness);
+    else if (camera.IsWritable(brightnessTarget.older))
+        camera.SetInteger(brightnessTarget.older, targetGreyValue);
+}
+
+} // namespace tessaro

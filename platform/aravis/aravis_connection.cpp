@@ -1,0 +1,70 @@
+#include "platform/aravis/aravis_connection.h"
+
+#include "platform/aravis/aravis_features.h"
+#include "platform/aravis/aravis_session.h"
+#include "platform/aravis/gvcp_probe.h"
+
+namespace tessaro {
+
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr const char* noAnswer = "The camera does not answer";
+// A camera that cannot be asked otherwise.
+constexpr std::chrono::milliseconds longestCall(1'500);
+// One that answers, while a call does not come back.
+constexpr std::chrono::milliseconds longestCallOfPresentCamera(4'000);
+
+} // namespace
+
+AravisConnection::AravisConnection(const std::string& name, std::optional<std::uint32_t> address)
+    : AravisConnection(std::make_shared<AravisSession>(), address) {
+    Ask([name](AravisSession& session) { session.Open(name); });
+}
+
+AravisConnection::AravisConnection(std::shared_ptr<AravisSession> session,
+                                   std::optional<std::uint32_t> address)
+    : m_address(address), m_session(session.get()), m_lost(session->LossFlag()),
+      m_thread(std::move(session)) {}
+
+AravisConnection::~AravisConnection() = default;
+
+void AravisConnection::ThrowIfLost() const {
+    if (IsLost())
+        throw CameraLostError(noAnswer);
+}
+
+void AravisConnection::CheckPresence() {
+    ThrowIfLost();
+    if (m_address) {
+        if (AskCamera(*m_address) == CameraAnswer::Controlled)
+            return;
+        *m_lost = true;
+        ThrowIfLost();
+    }
+    Ask([](AravisSession& session) { GetIntegerFeature(session.Device(), "Width"); });
+}
+
+void AravisConnection::Run(std::function<void()> work) {
+    m_begin = steady_clock::now();
+    try {
+        ThrowIfLost();
+        if (!m_thread.Run(std::move(work), [this] { return IsWorthWaiting(); }))
+            throw CameraLostError(noAnswer);
+    } catch (const CameraLostError&) {
+        *m_lost = true;
+        throw;
+    }
+}
+
+bool AravisConnection::IsWorthWaiting() {
+    if (IsLost())
+        return false;
+    const auto waited = steady_clock::now() - m_begin;
+    if (!m_address)
+        return waited < longestCall;
+    return waited < longestCallOfPresentCamera && AskCamera(*m_address) != CameraAnswer::None;
+}
+
+} // namespace tessaro

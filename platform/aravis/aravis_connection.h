@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/aravis/library_thread.h"
+#include "platform/camera_device.h"
+
+#include <arv.h>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace tessaro {
+
+class AravisSession;
+
+/// The way to an open camera from the program's thread: everything is done on a library thread, and given up
+/// when the camera does not answer. Once a call has thrown CameraLostError, all that can be done is to
+/// destroy it.
+class AravisConnection {
+public:
+    /// `address`: where to ask whether the camera is there; nothing when it cannot be asked.
+    AravisConnection(const std::string& name, std::optional<std::uint32_t> address);
+    ~AravisConnection();
+    AravisConnection(const AravisConnection&) = delete;
+    AravisConnection& operator=(const AravisConnection&) = delete;
+
+    /// Not after a call has thrown CameraLostError.
+    AravisSession& Session() { return *m_session; }
+    bool IsLost() const { return *m_lost; }
+
+    /// `work(AravisSession&)` on the library's thread. It must own what it needs besides.
+    template<typename Work>
+    auto Ask(Work work) {
+        using Result = decltype(work(std::declval<AravisSession&>()));
+        AravisSession* session = m_session;
+        if constexpr (std::is_void_v<Result>) {
+            Run([session, work = std::move(work)] { work(*session); });
+        } else {
+            const auto result = std::make_shared<Result>();
+            Run([session, result, work = std::move(work)] { *result = work(*session); });
+            return std::move(*result);
+        }
+    }
+
+    /// Throws CameraLostError when the camera does not answer, or answers to nobody.
+    void CheckPresence();
+    void ThrowIfLost() const;
+
+    /// Takes it down behind the scenes. The last call.
+    LibraryThread::Ending End() { return m_thread.End(); }
+
+private:
+    explicit AravisConnection(std::shared_ptr<AravisSession> session, std::optional<std::uint32_t> address);
+    void Run(std::function<void()> work);
+    bool IsWorthWaiting();
+
+    std::optional<std::uint32_t> m_address;
+    AravisSession* m_session;                  // the thread's
+    std::shared_ptr<std::atomic<bool>> m_lost; // outlives the session
+    LibraryThread m_thread;
+    std::chrono::steady_clock::time_point m_begin; // of the call that runs
+};
+
+} // namespace tessaro

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/aravis/library_calls.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+
+namespace tessaro {
+
+/// The images of one camera. There is one stream for as long as the camera is open, because making one takes
+/// longer than an image. Calls marked (library) are made on the library's thread, the others on that of the
+/// program, which waits meanwhile.
+class AravisStream {
+public:
+    /// (library) `camera` must outlive it.
+    explicit AravisStream(ArvCamera* camera);
+    ~AravisStream(); // (library)
+    AravisStream(const AravisStream&) = delete;
+    AravisStream& operator=(const AravisStream&) = delete;
+
+    /// (library) Forgets all images and lets the camera send, as its features are now. At most `maxWaiting`
+    /// images wait or are held at a time; the oldest that waits gives way.
+    void Start(int maxWaiting);
+    /// (library)
+    void Stop();
+    /// (library) Asks a camera that sends single images for the next one.
+    void AskForNext();
+
+    /// The oldest image that waits and is no older than the last Start; null when none comes in time.
+    /// Belongs to the caller, who gives it back to Recycle.
+    ArvBuffer* Take(std::chrono::microseconds limit);
+    /// Whether `buffer` is of this stream; if not, it may be destroyed at any time.
+    bool Owns(ArvBuffer* buffer) const;
+    void Recycle(ArvBuffer* buffer);
+
+    // As they were at the last Start.
+    int Width() const { return m_width; }
+    int Height() const { return m_height; }
+    std::chrono::microseconds ExposureTime() const { return m_exposure; }
+
+private:
+    enum class DeviceClock { None, Standard, Ticks };
+
+    static void OnEvent(void* stream, ArvStreamCallbackType type, ArvBuffer* buffer);
+    void LetOldestGiveWay();
+    void PrepareBuffers(int maxWaiting);
+    void PushNewBuffer(std::size_t size);
+    void Forget();
+    void NoteStart();
+    std::uint64_t LatchDeviceTime() const;
+    bool IsOfThisGrab(ArvBuffer* buffer) const;
+
+    ArvCamera* m_camera;
+    ArvDevice* m_device;
+    DeviceClock m_clock = DeviceClock::None;
+    std::uint64_t m_tickFrequency = 0;
+
+    std::uint64_t m_generation = 0; // of the buffers
+    std::size_t m_payload = 0;
+    bool m_sending = false;
+    int m_width = 0;
+    int m_height = 0;
+    std::chrono::microseconds m_exposure{0};
+    std::uint64_t m_startOfDevice = 0;                      // nanoseconds of the device's clock
+    std::chrono::steady_clock::time_point m_startOfProgram; // of the last grab
+    std::atomic<int> m_maxWaiting = 0;
+    std::atomic<int> m_held = 0;
+
+    ObjectPointer<ArvStream> m_stream; // its thread calls OnEvent until it is gone
+};
+
+} // namespace tessaro

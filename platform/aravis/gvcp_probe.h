@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tessaro {
+
+/// What a GigE Vision camera says when it is asked who controls it.
+enum class CameraAnswer { None, Free, Controlled };
+
+/// An IPv4 address in dotted form, in network byte order; nothing for any other text.
+std::optional<std::uint32_t> ParseAddress(const std::string& text);
+
+/// Asks the camera at `address` (network byte order) with a datagram from a socket of its own: whether it is
+/// there can be told in a fraction of a second, while the library's calls wait for 2.5 s before they fail,
+/// one after the other. Changes nothing in the camera. None after three questions without an answer, at once
+/// when the machine at the address refuses.
+CameraAnswer AskCamera(std::uint32_t address);
+
+} // namespace tessaro

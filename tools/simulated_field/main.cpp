@@ -7,19 +7,18 @@
 #include "simulated_field/random_field.h"
 #include "simulated_field/simulated_field.h"
 #include "simulated_field/truth_json.h"
+#include "text/number_reading.h"
 #include "text/plain_text.h"
+#include "text/whole_file.h"
 
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <getopt.h>
 #include <iostream>
 #include <span>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <variant>
 #include <vector>
 
@@ -67,17 +66,6 @@ using OrderOrExit = std::variant<Order, ExitCode>;
 ExitCode Refuse(std::string_view reason) {
     std::cerr << "tessaro-simulate-field: " << reason << "\nTry 'tessaro-simulate-field --help'.\n";
     return WrongUsage;
-}
-
-template<typename Number>
-bool ReadNumber(std::string_view text, Number minimum, Number maximum, Number& number) {
-    Number read = {};
-    const char* const last = text.data() + text.size();
-    const auto [end, error] = std::from_chars(text.data(), last, read);
-    if (error != std::errc() || end != last || !(read >= minimum && read <= maximum))
-        return false;
-    number = read;
-    return true;
 }
 
 bool ReadArea(std::string_view text, AreaRangeUm2& range) {
@@ -153,12 +141,10 @@ OrderOrExit ReadCommandLine(int argumentCount, char** arguments) {
 
 template<typename Bytes>
 bool WriteFile(const std::string& path, const Bytes& bytes) {
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file)
-        std::cerr << "tessaro-simulate-field: could not write '" << path << "'\n";
-    return static_cast<bool>(file);
+    if (WriteWholeFile(path, bytes))
+        return true;
+    std::cerr << "tessaro-simulate-field: could not write '" << path << "'\n";
+    return false;
 }
 
 bool WritePicture(const std::string& path, const FrameBuffer& frame) {

@@ -6,14 +6,38 @@
 namespace tessaro {
 namespace {
 
+using Check = std::optional<OptionError> (*)(std::string_view value);
+
+/// An option with a value, and what it may be.
 struct ValueOption {
     std::string_view name;
     std::string ProgramOptions::*value;
+    Check check;
 };
 
-constexpr std::string_view noDevice = "none";
-constexpr std::array<ValueOption, 2> valueOptions = {
-    {{"--camera", &ProgramOptions::camera}, {"--stage-port", &ProgramOptions::stagePort}}};
+std::optional<OptionError> CheckCamera(std::string_view value) {
+    if (value.empty())
+        return OptionError{"--camera needs a value"};
+    return std::nullopt;
+}
+
+std::optional<OptionError> CheckCameraRuntime(std::string_view value) {
+    if (value == "pylon" || value == "aravis")
+        return std::nullopt;
+    return OptionError{"--camera-runtime: only 'pylon' and 'aravis' are known, not '" + std::string(value) +
+                       "'"};
+}
+
+std::optional<OptionError> CheckStagePort(std::string_view value) {
+    if (value == noDevice)
+        return std::nullopt;
+    return OptionError{"--stage-port: only 'none' is known, not '" + std::string(value) + "'"};
+}
+
+constexpr std::array<ValueOption, 3> valueOptions = {
+    {{"--camera", &ProgramOptions::camera, CheckCamera},
+     {"--camera-runtime", &ProgramOptions::cameraRuntime, CheckCameraRuntime},
+     {"--stage-port", &ProgramOptions::stagePort, CheckStagePort}}};
 
 const ValueOption* FindValueOption(std::string_view name) {
     for (const ValueOption& option : valueOptions)
@@ -39,9 +63,8 @@ std::variant<ProgramOptions, OptionError> ParseProgramOptions(std::span<const st
                 return OptionError{std::string(name) + " needs a value"};
             const std::string_view value =
                 equals == std::string_view::npos ? arguments[++i] : argument.substr(equals + 1);
-            if (value != noDevice)
-                return OptionError{std::string(name) + ": only 'none' is known, not '" + std::string(value) +
-                                   "'"};
+            if (const auto error = option->check(value))
+                return *error;
             options.*(option->value) = value;
         } else {
             return OptionError{"unknown argument '" + std::string(argument) + "'"};
@@ -54,10 +77,14 @@ std::string_view ProgramHelp() {
     return "Usage: tessaro [OPTION...]\n"
            "Searches for single-layer flakes with microscope, camera and stage.\n"
            "\n"
-           "  --camera none      look for no camera; a moving test pattern stands in\n"
-           "  --stage-port none  open no serial line; the stage is simulated\n"
-           "  --help             show this text\n"
-           "  --version          show the version\n"
+           "  --camera CAMERA           the camera of this identity or address; an address is opened\n"
+           "                            without looking around in the network. Without this option the\n"
+           "                            first camera found; with 'none' none, a moving test pattern\n"
+           "                            stands in\n"
+           "  --camera-runtime RUNTIME  'pylon' (where it is built in, and then the usual one) or 'aravis'\n"
+           "  --stage-port none         open no serial line; the stage is simulated\n"
+           "  --help                    show this text\n"
+           "  --version                 show the version\n"
            "\n"
            "Settings and images are kept in the folders Image_Data and Image_Detail on the desktop.\n";
 }

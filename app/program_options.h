@@ -11,9 +11,13 @@ namespace tessaro {
 struct ProgramOptions {
     bool help = false;
     bool version = false;
-    std::string camera;    // "none" or empty
-    std::string stagePort; // "none" or empty
+    std::string camera;        // identity or address, "none"; empty: the first one found
+    std::string cameraRuntime; // "pylon", "aravis"; empty: the usual one
+    std::string stagePort;     // "none" or empty
 };
+
+/// The value of --camera and --stage-port that asks for no device.
+inline constexpr std::string_view noDevice = "none";
 
 /// Why a command line cannot be obeyed: a sentence for standard error.
 struct OptionError {

@@ -9,11 +9,13 @@
 #include "twin/operator_view.h"
 #include "twin/options.h"
 #include "twin/sensor_renderer.h"
+#include "twin/service/twin_service.h"
 #include "twin/truth.h"
 #include "twin/wafer.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -73,17 +75,33 @@ ExitCode RenderPicture(const TwinOptions& options, const Wafer& wafer) {
     return Done;
 }
 
+ExitCode Serve(const TwinOptions& options, const Wafer& wafer) {
+    TwinServiceOptions service;
+    service.position = StartPosition(options, wafer);
+    service.cameraAddress = options.cameraAddress;
+    service.serialNumber = options.serialNumber;
+    service.controlPath = options.controlSocket;
+    service.quiet = options.quiet;
+    for (const std::string& text : options.faults) {
+        const auto fault = ParseFault(text);
+        if (const FaultError* const error = std::get_if<FaultError>(&fault))
+            return Refuse(error->reason);
+        service.faults.push_back(std::get<Fault>(fault));
+    }
+    try {
+        ServeTwin(wafer, service);
+        return Done;
+    } catch (const std::exception& error) {
+        Complain(error.what());
+        return CouldNot;
+    }
+}
+
 ExitCode Run(const TwinOptions& options) {
     const Wafer wafer(options.wafer);
     if (!options.truthFile.empty() && !Write(options.truthFile, WaferTruthJson(wafer)))
         return CouldNot;
-    if (!options.renderFile.empty())
-        return RenderPicture(options, wafer);
-    if (options.truthFile.empty())
-        return Refuse("nothing to do without --render or --truth");
-    if (!options.quiet)
-        std::cout << Joined({options.truthFile, ": ", WaferSummary(wafer), "\n"});
-    return Done;
+    return options.renderFile.empty() ? Serve(options, wafer) : RenderPicture(options, wafer);
 }
 
 } // namespace

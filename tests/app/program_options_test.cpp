@@ -46,16 +46,28 @@ TEST(ProgramOptions, TakeAValueBehindTheOptionOrItsEqualsSign) {
     EXPECT_TRUE(both.help);
 }
 
+TEST(ProgramOptions, TakeAnyIdentityOrAddressOfACamera) {
+    EXPECT_EQ(Options({}).camera, "") << "the first one found";
+    EXPECT_EQ(Options({"--camera", "127.0.0.1"}).camera, "127.0.0.1");
+    EXPECT_EQ(Options({"--camera=Vendor-Model-123"}).camera, "Vendor-Model-123");
+}
+
+TEST(ProgramOptions, ChooseTheCamerasRuntime) {
+    EXPECT_EQ(Options({}).cameraRuntime, "");
+    EXPECT_EQ(Options({"--camera-runtime", "pylon"}).cameraRuntime, "pylon");
+    EXPECT_EQ(Options({"--camera-runtime=aravis"}).cameraRuntime, "aravis");
+}
+
 TEST(ProgramOptions, SayWhichOptionNeedsAValue) {
     EXPECT_EQ(Error({"--camera"}), "--camera needs a value");
     EXPECT_EQ(Error({"--help", "--stage-port"}), "--stage-port needs a value");
 }
 
 TEST(ProgramOptions, RefuseValuesThatNobodyKnows) {
-    EXPECT_EQ(Error({"--camera", "usb"}), "--camera: only 'none' is known, not 'usb'");
-    EXPECT_EQ(Error({"--camera="}), "--camera: only 'none' is known, not ''");
+    EXPECT_EQ(Error({"--camera="}), "--camera needs a value");
+    EXPECT_EQ(Error({"--camera-runtime", "usb"}), "--camera-runtime: only 'pylon' and 'aravis' are known, not 'usb'");
     EXPECT_EQ(Error({"--stage-port=none=1"}), "--stage-port: only 'none' is known, not 'none=1'");
-    EXPECT_EQ(Error({"--camera", "--help"}), "--camera: only 'none' is known, not '--help'");
+    EXPECT_EQ(Error({"--stage-port", "--help"}), "--stage-port: only 'none' is known, not '--help'");
 }
 
 TEST(ProgramOptions, RefuseArgumentsThatNobodyKnows) {

@@ -33,14 +33,15 @@ class BackgroundProgram {
 public:
     BackgroundProgram(const std::string& program, const std::vector<std::string>& arguments,
                       const std::vector<std::pair<std::string, std::string>>& environment = {},
-                      const std::string& errorFile = "/dev/null") {
+                      const std::string& errorFile = "/dev/null",
+                      const std::string& outputFile = "/dev/null") {
         m_process = fork();
         if (m_process != 0)
             return;
         for (const auto& [name, value] : environment)
             setenv(name.c_str(), value.c_str(), 1);
         if (std::freopen(errorFile.c_str(), "a", stderr) == nullptr ||
-            std::freopen("/dev/null", "w", stdout) == nullptr)
+            std::freopen(outputFile.c_str(), "a", stdout) == nullptr)
             _exit(126);
         std::vector<char*> words{const_cast<char*>(program.c_str())};
         for (const std::string& argument : arguments)

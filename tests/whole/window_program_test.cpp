@@ -7,10 +7,7 @@
 #include "imaging/picture_to_frame.h"
 #include "platform/qt/qt_drawing_surface.h"
 #include "platform/qt/qt_picture_files.h"
-#include "support/background_program.h"
-#include "support/program.h"
-#include "support/temporary_folder.h"
-#include "support/test_display.h"
+#include "whole/window_driver.h"
 
 #include <gtest/gtest.h>
 
@@ -23,38 +20,7 @@
 namespace tessaro {
 namespace {
 
-constexpr int widestTitleAndMenu = 100;
-constexpr int widestFrame = 10;
-constexpr const char* mainTitle = "Tessaro Searching";
-constexpr const char* popupTitle = "Motor Controller";
 constexpr const char* demoSettings = "3,-12.000000,-8.000000,-2.000000,6.000000,10,10,100,4,35.000000\n";
-
-// Entries of the menus by key: Alt+F opens the first menu with its first entry chosen.
-const std::map<std::string, std::pair<int, int>> menuPlaces = {
-    {"Import Image", {0, 0}},
-    {"Save Image", {0, 1}},
-    {"Control Panel", {0, 2}},
-    {"Exit", {0, 3}},
-    {"Stop/Start Grabbing", {1, 4}},
-    {"Red image", {2, 0}},
-    {"Original image", {2, 3}},
-    {"Show BackGround", {2, 4}},
-    {"Find Single Layers", {3, 1}},
-    {"Noise Rejection", {3, 2}},
-    {"Grouping", {3, 3}},
-    {"Discern Contrast", {3, 4}},
-    {"Information", {5, 0}},
-};
-
-std::vector<std::filesystem::path> FilesBelow(const std::filesystem::path& folder) {
-    std::vector<std::filesystem::path> files;
-    std::error_code error;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, error))
-        if (entry.is_regular_file())
-            files.push_back(entry.path());
-    std::sort(files.begin(), files.end());
-    return files;
-}
 
 /// The analysis of one frame beside the program's, drawing on what the window should show.
 class Expected {
@@ -83,90 +49,11 @@ private:
     std::unique_ptr<QtDrawingSurface> m_surface;
 };
 
-class WindowProgram : public testing::Test {
+class WindowProgram : public WindowDriver {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(display.IsThere()) << "Xvfb could not be started";
-        std::filesystem::create_directories(screenshots);
-        std::filesystem::create_directories(ImageData());
+        WindowDriver::SetUp();
         ASSERT_EQ(RunProgram(TESSARO_SIMULATE_FIELD, {"--seed", "3", PicturePath()}).exitStatus, 0);
-    }
-
-    void TearDown() override {
-        if (program != nullptr)
-            program->ExitStatus();
-        EXPECT_EQ(ReadText(Errors()), "");
-    }
-
-    void Start(const std::vector<std::pair<std::string, std::string>>& extra = {}) {
-        std::vector<std::pair<std::string, std::string>> environment = {{"DISPLAY", display.Name()},
-                                                                        {"HOME", home.Path().string()},
-                                                                        {"XDG_CONFIG_HOME", ""},
-                                                                        {"QT_QPA_PLATFORM", "xcb"},
-                                                                        {"ASAN_OPTIONS", "detect_leaks=0"}};
-        environment.insert(environment.end(), extra.begin(), extra.end());
-        program = std::make_unique<BackgroundProgram>(
-            TESSARO_PROGRAM, std::vector<std::string>{"--camera", "none", "--stage-port", "none"},
-            environment, Errors().string());
-        ASSERT_TRUE(
-            Eventually([this] { return display.Shows(mainTitle) && display.Shows("Control Panel"); }));
-        // It stands before the image, and closing it only hides it.
-        ASSERT_TRUE(Eventually([this] { return display.Shows(popupTitle); }));
-        display.Close(popupTitle);
-        ASSERT_TRUE(Eventually([this] { return !display.Shows(popupTitle); }));
-        display.Activate(mainTitle);
-        GiveKeysToTheWindow();
-    }
-
-    /// The pointer moving over the main window takes the keys to it from the program's other windows.
-    void GiveKeysToTheWindow() {
-        int column = 400;
-        ASSERT_TRUE(Eventually([&] {
-            display.MoveTo(++column, 400);
-            return display.ActiveTitle() == std::string(mainTitle) + "\n";
-        }));
-    }
-
-    void Menu(const std::string& entry) {
-        GiveKeysToTheWindow();
-        const auto [menu, row] = menuPlaces.at(entry);
-        std::vector<std::string> keys{"alt+f"};
-        keys.insert(keys.end(), static_cast<std::size_t>(menu), "Right");
-        keys.insert(keys.end(), static_cast<std::size_t>(row), "Down");
-        keys.push_back("Return");
-        display.Keys(keys);
-    }
-
-    /// Whether the window shows the picture, pixel by pixel. Finds out where the
-    /// image begins.
-    bool ShowsPicture(const Picture& picture, const std::string& screenshot) {
-        const auto screen = display.Screenshot(screenshots / (screenshot + ".png"));
-        if (!screen.has_value())
-            return false;
-        for (imageTop = 10; imageTop < widestTitleAndMenu; ++imageTop)
-            for (imageLeft = 0; imageLeft < widestFrame; ++imageLeft)
-                if (LiesAtImagePosition(picture, *screen))
-                    return true;
-        return false;
-    }
-
-    bool LiesAtImagePosition(const Picture& picture, const Picture& screen) const {
-        const int rows = std::min(picture.height, screen.height - imageTop);
-        for (int y = 0; y < rows; ++y)
-            for (int x = 0; x < picture.width; ++x)
-                if (!std::equal(picture.Pixel(x, y), picture.Pixel(x, y) + 3,
-                                screen.Pixel(x + imageLeft, y + imageTop)))
-                    return false;
-        return true;
-    }
-
-    /// Pixels of the control panel where its last status line lies.
-    std::vector<std::uint8_t> ProgressBox() {
-        const auto screen = display.Screenshot(screenshots / "progress.png");
-        std::vector<std::uint8_t> pixels;
-        for (int y = 770; screen.has_value() && y < 795; ++y)
-            pixels.insert(pixels.end(), screen->Pixel(1400, y), screen->Pixel(1800, y));
-        return pixels;
     }
 
     void Import(const std::string& path) {
@@ -184,29 +71,7 @@ protected:
             pictures.Decode({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
     }
 
-    void Exit() {
-        Menu("Exit");
-        ASSERT_TRUE(Eventually([this] { return program->ExitStatus().has_value(); }));
-        EXPECT_EQ(program->ExitStatus(), 0);
-    }
-
-    std::filesystem::path ImageData() const { return home.Path() / "Desktop" / "Image_Data"; }
-    std::filesystem::path ConfigFile() const { return ImageData() / "Config.txt"; }
-    std::filesystem::path Errors() const { return home.Path() / "errors.txt"; }
     std::string PicturePath() const { return (home.Path() / "field.png").string(); }
-
-    std::vector<std::filesystem::path> SavedImages() const {
-        std::vector<std::filesystem::path> files = FilesBelow(home.Path() / "Desktop");
-        std::erase_if(files, [](const auto& file) { return file.extension() != ".jpg"; });
-        return files;
-    }
-
-    const std::filesystem::path screenshots = TESSARO_SCREENSHOTS;
-    TemporaryFolder home;
-    TestDisplay display;
-    std::unique_ptr<BackgroundProgram> program;
-    int imageTop = 0;
-    int imageLeft = 0;
 };
 
 TEST_F(WindowProgram, ShowsTheMovingTestPatternWithoutACamera) {

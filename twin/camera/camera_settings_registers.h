@@ -1,0 +1,39 @@
+#pragma once
+
+#include "twin/camera/automatic_functions.h"
+
+#include <arv.h>
+#include <cstdint>
+#include <string_view>
+
+namespace tessaro {
+
+/// The memory of a served camera, number by number.
+class CameraRegisters {
+public:
+    explicit CameraRegisters(ArvFakeCamera* camera) : m_camera(camera) {}
+
+    std::uint32_t Read(std::uint32_t address) const;
+    void Write(std::uint32_t address, std::uint32_t value);
+    void WriteText(std::uint32_t address, std::string_view text); // up to 31 bytes
+    void WriteLong(std::uint32_t address, std::uint64_t value);
+
+    /// Clients can write any bits: what is no number reads as the lower bound, the rest is kept within.
+    double ReadFloat(std::uint32_t address, const Bounds& bounds) const;
+    void WriteFloat(std::uint32_t address, double value);
+    int ReadLength(std::uint32_t address, int minimum, int maximum) const;
+
+private:
+    ArvFakeCamera* m_camera;
+};
+
+/// What clients have set. Safe whatever they wrote.
+CameraSettings ReadSettings(const CameraRegisters& registers);
+
+/// What changed from one to the other, and nothing else: clients may be writing meanwhile.
+void WriteChanges(CameraRegisters& registers, const CameraSettings& before, const CameraSettings& after);
+
+/// Everything as after switching the camera on.
+void WritePowerUpState(CameraRegisters& registers);
+
+} // namespace tessaro

@@ -1,0 +1,138 @@
+#include "twin/service/twin_service.h"
+
+#include "twin/service/control_socket.h"
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <glib-unix.h>
+#include <memory>
+#include <optional>
+#include <variant>
+
+namespace tessaro {
+namespace {
+
+template<typename... Handlers>
+struct Overloaded : Handlers... {
+    using Handlers::operator()...;
+};
+template<typename... Handlers>
+Overloaded(Handlers...) -> Overloaded<Handlers...>;
+
+int StopLoop(void* loop) {
+    g_main_loop_quit(static_cast<GMainLoop*>(loop));
+    return G_SOURCE_CONTINUE;
+}
+
+/// A loop that a signal ends.
+class SignalLoop {
+public:
+    SignalLoop() : m_loop(g_main_loop_new(nullptr, FALSE)) {
+        for (const int signal : {SIGTERM, SIGINT})
+            g_unix_signal_add(signal, StopLoop, m_loop);
+    }
+    SignalLoop(const SignalLoop&) = delete;
+    SignalLoop& operator=(const SignalLoop&) = delete;
+    ~SignalLoop() { g_main_loop_unref(m_loop); }
+
+    void Run() { g_main_loop_run(m_loop); }
+
+    /// Not before what is going on, an answer for instance, is done.
+    void Stop() {
+        g_idle_add_full(
+            G_PRIORITY_LOW, [](void* loop) { return StopLoop(loop), G_SOURCE_REMOVE; }, m_loop, nullptr);
+    }
+
+private:
+    GMainLoop* m_loop;
+};
+
+} // namespace
+
+StagePosition SharedPosition::Get() const {
+    const std::lock_guard lock(m_mutex);
+    return m_position;
+}
+
+void SharedPosition::Set(const StagePosition& position) {
+    const std::lock_guard lock(m_mutex);
+    m_position = position;
+}
+
+TwinDevices::TwinDevices(const Wafer& wafer, const TwinServiceOptions& options)
+    : m_renderer(wafer), m_position(options.position),
+      m_camera(
+          options.cameraAddress, options.serialNumber,
+          [this](const ExposureSettings& exposure, std::uint64_t noiseSeed, std::span<std::uint8_t> mosaic) {
+              m_renderer.Render(m_position.Get(), exposure, noiseSeed, mosaic);
+          }) {
+    for (const Fault& fault : options.faults)
+        Set(fault);
+}
+
+void TwinDevices::Set(const Fault& fault) {
+    switch (fault.kind) {
+    case FaultKind::CameraGone:
+        return m_camera.Unplug();
+    case FaultKind::LostPackets:
+        return m_camera.SetLostPackets(fault.share);
+    case FaultKind::FrameSize:
+        return m_camera.SetFrameSize(fault.width, fault.height);
+    case FaultKind::EndlessAutomatic:
+        return m_camera.SetEndlessAutomatic(true);
+    }
+}
+
+void TwinDevices::Clear(FaultKind kind) {
+    switch (kind) {
+    case FaultKind::CameraGone:
+        return m_camera.PlugIn();
+    case FaultKind::LostPackets:
+        return m_camera.SetLostPackets(0.0);
+    case FaultKind::FrameSize:
+        return m_camera.SetFrameSize(twinSensorWidth, twinSensorHeight);
+    case FaultKind::EndlessAutomatic:
+        return m_camera.SetEndlessAutomatic(false);
+    }
+}
+
+std::string TwinDevices::Obey(std::string_view line, bool& quit) {
+    const auto command = ParseControlCommand(line);
+    if (const CommandError* error = std::get_if<CommandError>(&command))
+        return "error: " + error->reason;
+    try {
+        std::visit(Overloaded{[this](const MoveCommand& move) { m_position.Set(move.target); },
+                              [this](const Fault& fault) { Set(fault); },
+                              [this](const ClearCommand& clear) { Clear(clear.kind); },
+                              [&quit](const QuitCommand&) { quit = true; }, [](const CommandError&) {}},
+                   command);
+    } catch (const std::exception& error) { // the camera's address was taken meanwhile
+        return std::string("error: ") + error.what();
+    }
+    return "ok";
+}
+
+void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options) {
+    SignalLoop loop;
+    TwinDevices devices(wafer, options);
+    std::optional<ControlSocket> control;
+    if (!options.controlPath.empty()) {
+        control.emplace(options.controlPath, [&](std::string_view line) {
+            bool quit = false;
+            std::string answer = devices.Obey(line, quit);
+            if (!options.quiet)
+                std::fprintf(stderr, "tessaro-twin: %.*s: %s\n", static_cast<int>(line.size()), line.data(),
+                             answer.c_str());
+            if (quit)
+                loop.Stop();
+            return answer;
+        });
+    }
+    std::printf("tessaro-twin: camera %s is ready at %s\n", options.serialNumber.c_str(),
+                options.cameraAddress.c_str());
+    std::fflush(stdout);
+    loop.Run();
+}
+
+} // namespace tessaro

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/camera_device.h"
+
+#include <deque>
+#include <memory>
+#include <pylon/BaslerUniversalInstantCamera.h>
+#include <pylon/PylonIncludes.h>
+#include <string>
+
+namespace tessaro {
+
+/// A camera of the vendor's runtime. Images are to be destroyed on the thread that uses the camera.
+class PylonCamera : public CameraDevice, private GrabResult::BufferOwner {
+public:
+    /// Creates the camera with this serial number, or the first one for an empty text.
+    PylonCamera(std::shared_ptr<void> library, std::string serialNumber);
+
+    void Open() override;
+    bool IsOpen() const override;
+
+    bool IsReadable(std::string_view feature) override;
+    bool IsWritable(std::string_view feature) override;
+
+    std::string GetEnumeration(std::string_view feature) override;
+    void SetEnumeration(std::string_view feature, std::string_view value) override;
+    std::vector<std::string> SettableValues(std::string_view feature) override;
+    double GetFloat(std::string_view feature) override;
+    void SetFloat(std::string_view feature, double value) override;
+    std::int64_t GetInteger(std::string_view feature) override;
+    void SetInteger(std::string_view feature, std::int64_t value) override;
+    IntegerRange GetIntegerRange(std::string_view feature) override;
+    void SetBoolean(std::string_view feature, bool value) override;
+
+    void SetMaxNumBuffer(int count) override;
+    void StartGrabbing(int count) override;
+    bool IsGrabbing() const override;
+    GrabResult RetrieveResult(std::uint32_t timeoutMilliseconds) override;
+    GrabResult GrabOne(std::uint32_t timeoutMilliseconds) override;
+    void RegisterConfiguration(Acquisition acquisition) override;
+
+private:
+    using Image = Pylon::CGrabResultPtr; // shares a buffer of the runtime's
+
+    void PrepareGrab();
+    Image& FreeImage();
+    bool WaitForImage(Image& image, std::uint32_t timeoutMilliseconds);
+    template<class Grab>
+    GrabResult Deliver(const Grab& grab);
+    GrabResult::Image Describe(const Image& image) const;
+    void Release(void* buffer) noexcept override;
+
+    const std::shared_ptr<void> m_library; // outlives the members below
+    const std::string m_serialNumber;
+    Pylon::CBaslerUniversalInstantCamera m_camera;
+    int m_maxNumBuffer = 10;
+    std::deque<Image> m_images; // those that are held; never shrinks, and grows only before a grab
+};
+
+} // namespace tessaro

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <pylon/InstantCamera.h>
+
+namespace Pylon {
+
+class CBaslerUniversalInstantCamera : public CInstantCamera {};
+
+} // namespace Pylon

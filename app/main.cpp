@@ -1,13 +1,14 @@
+#include "app/camera_choice.h"
 #include "app/globals.h"
 #include "app/program.h"
 #include "app/program_options.h"
 #include "platform/posix/standard_streams.h"
 #include "platform/qt/qt_user_interface.h"
-#include "platform/standard/absent_cameras.h"
 
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <span>
 #include <string_view>
 #include <variant>
@@ -24,22 +25,27 @@ int Print(std::string_view text) {
     return std::fflush(stdout) == 0 ? 0 : failed;
 }
 
+int Refuse(const tessaro::OptionError& error) {
+    std::fprintf(stderr, "tessaro: %s\nTry 'tessaro --help'.\n", error.reason.c_str());
+    return usageError;
+}
+
 int Start(std::span<const std::string_view> arguments) {
     using namespace tessaro;
     const auto parsed = ParseProgramOptions(arguments);
-    if (const auto* error = std::get_if<OptionError>(&parsed)) {
-        std::fprintf(stderr, "tessaro: %s\nTry 'tessaro --help'.\n", error->reason.c_str());
-        return usageError;
-    }
+    if (const auto* error = std::get_if<OptionError>(&parsed))
+        return Refuse(*error);
     const auto& options = std::get<ProgramOptions>(parsed);
     if (options.help)
         return Print(ProgramHelp());
     if (options.version)
         return Print("tessaro " TESSARO_VERSION "\n");
 
+    const auto cameras = ChooseCameras(options);
+    if (const auto* error = std::get_if<OptionError>(&cameras))
+        return Refuse(*error);
     QtUserInterface ui;
-    AbsentCameras cameras;
-    return RunProgram(ProgramGlobals(), ui.Adapters(), {cameras});
+    return RunProgram(ProgramGlobals(), ui.Adapters(), {*std::get<std::unique_ptr<CameraRuntime>>(cameras)});
 }
 
 } // namespace

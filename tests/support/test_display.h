@@ -9,7 +9,9 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <system_error>
 #include <unistd.h>
 #include <variant>
 #include <vector>
@@ -39,6 +41,9 @@ public:
             std::vector<std::pair<std::string, std::string>>{{"DISPLAY", m_name}});
         Eventually([this] { return RunProgram("wmctrl", {"-m"}, Environment()).exitStatus == 0; });
     }
+
+    TestDisplay(const TestDisplay&) = delete;
+    TestDisplay& operator=(const TestDisplay&) = delete;
 
     bool IsThere() const { return !m_name.empty(); }
     const std::string& Name() const { return m_name; }
@@ -75,10 +80,13 @@ public:
     /// Asks the window to close, as its close button does.
     void Close(const std::string& title) const { RunProgram("wmctrl", {"-F", "-c", title}, Environment()); }
 
-    /// What is on the screen, kept as a PNG file of that name.
-    std::optional<Picture> Screenshot(const std::filesystem::path& file) const {
-        RunProgram("import", {"-window", "root", file.string()}, Environment());
-        const std::string bytes = ReadText(file);
+    /// What is on the screen; the last one of each name is kept as a PNG file. Looking is quick, so that it
+    /// can be done again and again; the files are made at the end.
+    std::optional<Picture> Screenshot(const std::filesystem::path& file) {
+        const std::string quick = QuickFile(file);
+        m_screenshots.insert(file);
+        RunProgram("import", {"-window", "root", "-depth", "8", quick}, Environment());
+        const std::string bytes = ReadText(quick);
         QtPictureFiles pictures;
         auto decoded = pictures.Decode({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
         if (Picture* picture = std::get_if<Picture>(&decoded))
@@ -86,7 +94,16 @@ public:
         return std::nullopt;
     }
 
+    ~TestDisplay() {
+        for (const std::filesystem::path& file : m_screenshots) {
+            RunProgram("convert", {QuickFile(file), "-define", "png:compression-level=1", file.string()});
+            std::error_code error;
+            std::filesystem::remove(QuickFile(file), error);
+        }
+    }
+
 private:
+    static std::string QuickFile(const std::filesystem::path& file) { return file.string() + ".ppm"; }
     std::string Environment() const { return "DISPLAY=" + m_name + " "; }
     ProgramRun Operate(const std::vector<std::string>& arguments) const {
         return RunProgram("xdotool", arguments, Environment());
@@ -95,6 +112,7 @@ private:
     std::unique_ptr<BackgroundProgram> m_server;
     std::unique_ptr<BackgroundProgram> m_windowManager; // ends before its server
     std::string m_name;
+    std::set<std::filesystem::path> m_screenshots;
 };
 
 } // namespace tessaro

@@ -9,7 +9,7 @@
 namespace tessaro {
 namespace {
 
-constexpr double blurUmPerUm = 0.2;
+constexpr double blurUmPerUm = 0.3;
 constexpr double sharpPixels = 0.05; // no eye and no measure sees less
 constexpr double reducedSigma = 1.5; // samples; from twice this on, half as many samples do
 constexpr double kernelReach = 3.0;  // standard deviations

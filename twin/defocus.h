@@ -6,8 +6,8 @@
 
 namespace tessaro {
 
-/// Standard deviation of the blur, in frame pixels, of what lies so far from the focus: about a fifth of the
-/// distance, which is the cone of light of an objective with a numerical aperture of 0.4. Everything beyond
+/// Standard deviation of the blur, in frame pixels, of what lies so far from the focus: about three tenths of the
+/// distance, which is the cone of light of an objective with a numerical aperture of 0.5. Everything beyond
 /// `maximumBlurPixels` looks alike.
 double BlurPixels(double distanceUm);
 

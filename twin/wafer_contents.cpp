@@ -21,6 +21,7 @@ constexpr double clearanceUm = 7.0;
 // substrate. Tape leaves few single layers of that size; thick pieces come larger.
 constexpr AreaRangeUm2 singleLayerAreaUm2 = {40.0, 380.0};
 constexpr AreaRangeUm2 thickAreaUm2 = {60.0, 1500.0};
+constexpr AreaRangeUm2 bulkAreaUm2 = {200.0, 6000.0};
 constexpr double singleLayerShare = 0.4;
 
 constexpr double residueEdgeUm = 2.8;
@@ -67,7 +68,7 @@ public:
     }
 
 private:
-    static constexpr double largestReachUm = 128.0; // diameter of whatever lies on the wafer
+    static constexpr double largestReachUm = 200.0; // diameter of whatever lies on the wafer
     static constexpr double cellUm = largestReachUm + clearanceUm;
 
     static bool Clashes(const std::vector<Disc>& taken, const Disc& disc) {
@@ -104,12 +105,17 @@ std::optional<Outline> PlaceOutline(const AreaRangeUm2& range, Ground& ground, R
     return std::nullopt;
 }
 
+const AreaRangeUm2& AreasOf(int layers) {
+    if (layers == 1)
+        return singleLayerAreaUm2;
+    return layers == bulkWaferLayers ? bulkAreaUm2 : thickAreaUm2;
+}
+
 void PlaceFlakes(std::size_t count, Ground& ground, ReproducibleRandom& random, WaferContents& contents) {
     int failures = 0;
     for (std::size_t flake = 0; flake < count && failures < failuresWhenFull; ++flake) {
         const int layers = random.Chance(singleLayerShare) ? 1 : RandomThickLayers(bulkWaferLayers, random);
-        const AreaRangeUm2& range = layers == 1 ? singleLayerAreaUm2 : thickAreaUm2;
-        std::optional<Outline> outline = PlaceOutline(range, ground, random);
+        std::optional<Outline> outline = PlaceOutline(AreasOf(layers), ground, random);
         failures = outline ? 0 : failures + 1;
         if (outline)
             contents.flakes.push_back({.outline = std::move(*outline), .layers = layers});

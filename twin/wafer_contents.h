@@ -19,8 +19,8 @@ struct WaferOptions {
     double flakesPerMm2 = 60.0;
     Material material = Material::graphene;
     Substrate substrate = Substrate::sio2;
-    Vertex tiltUmPerUm;    // by how much the focus rises along X and Y
-    double focusZUm = 0.0; // the focus at the stage's (0, 0)
+    Vertex tiltUmPerUm = {}; // by how much the focus rises along X and Y
+    double focusZUm = 0.0;   // the focus at the stage's (0, 0)
     double residuesPerMm2 = 14.0;
     double dustSpecksPerMm2 = 70.0;
     double scratchesPerMm2 = 6.0;

@@ -1,30 +1,41 @@
 #include "platform/aravis/aravis_cameras.h"
+#include "support/background_program.h"
 #include "tests/platform/served_camera.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <iterator>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace tessaro {
 namespace {
 
 constexpr std::uint32_t timeoutMs = 10'000; // far longer than any image takes
 
-class AravisCamera : public testing::Test {
-protected:
-    AravisCamera() {
-        m_cameras.Initialize();
-        m_device = m_cameras.CreateFirstDevice();
-        m_device->Open();
-    }
+std::unique_ptr<CameraDevice> OpenCamera() {
+    AravisCameras cameras(ServedCamera::address);
+    cameras.Initialize();
+    auto device = cameras.CreateFirstDevice();
+    device->Open();
+    return device;
+}
 
+bool IsAll(const GrabResult& result, int level) {
+    return result.GrabSucceeded() &&
+           std::ranges::all_of(result.GetBuffer(), [&](std::uint8_t sample) { return sample == level; });
+}
+
+class AravisCameraTest : public testing::Test {
+protected:
     ServedCamera m_served;
-    AravisCameras m_cameras{ServedCamera::address};
-    std::unique_ptr<CameraDevice> m_device;
+    std::unique_ptr<CameraDevice> m_device = OpenCamera();
 };
 
-TEST_F(AravisCamera, SendsTheWholeSensor) {
+TEST_F(AravisCameraTest, IsSetToTheWholeSensor) {
     m_device->StartGrabbing(1);
     const GrabResult result = m_device->RetrieveResult(timeoutMs);
     EXPECT_TRUE(result.GrabSucceeded());
@@ -33,16 +44,98 @@ TEST_F(AravisCamera, SendsTheWholeSensor) {
     EXPECT_EQ(result.GetBuffer().size(), 640u * 480u);
 }
 
-TEST_F(AravisCamera, SendsNothingOlderThanTheGrab) {
+TEST_F(AravisCameraTest, SendsNothingOlderThanTheGrab) {
     for (int mark = 2; mark < 100; ++mark) {
         m_served.Tell("mark " + std::to_string(mark));
         m_device->StartGrabbing(1);
-        const GrabResult result = m_device->RetrieveResult(timeoutMs);
-        ASSERT_TRUE(result.GrabSucceeded());
-        EXPECT_TRUE(
-            std::ranges::all_of(result.GetBuffer(), [&](std::uint8_t sample) { return sample == mark; }))
-            << mark << " " << int{result.GetBuffer()[0]};
+        EXPECT_TRUE(IsAll(m_device->RetrieveResult(timeoutMs), mark)) << mark;
     }
+}
+
+TEST_F(AravisCameraTest, SendsTheLatestWhenNobodyFetchedTheEarlier) {
+    m_device->SetMaxNumBuffer(2);
+    m_device->StartGrabbing(3);
+    m_served.Tell("wait 5");
+    m_served.Tell("mark 2");
+    m_served.Tell("wait 5");
+    for (int image = 0; image < 3; ++image)
+        EXPECT_TRUE(IsAll(m_device->RetrieveResult(timeoutMs), 2)) << image;
+    EXPECT_FALSE(m_device->IsGrabbing());
+}
+
+TEST_F(AravisCameraTest, WaitsForABufferWhenAllAreHeld) {
+    m_device->SetMaxNumBuffer(2);
+    m_device->StartGrabbing(3);
+    const GrabResult first = m_device->RetrieveResult(timeoutMs);
+    GrabResult second = m_device->RetrieveResult(timeoutMs);
+    EXPECT_THROW(m_device->RetrieveResult(200), CameraError);
+    second = GrabResult();
+    EXPECT_TRUE(m_device->RetrieveResult(timeoutMs).GrabSucceeded());
+}
+
+TEST_F(AravisCameraTest, KeepsHeldImagesWhenTheNumberOfBuffersChanges) {
+    m_device->StartGrabbing(1);
+    const GrabResult held = m_device->RetrieveResult(timeoutMs);
+    m_served.Tell("mark 2");
+    m_device->SetMaxNumBuffer(3);
+    m_device->StartGrabbing(1);
+    EXPECT_TRUE(IsAll(m_device->RetrieveResult(timeoutMs), 2));
+    EXPECT_TRUE(IsAll(held, 1));
+}
+
+TEST_F(AravisCameraTest, SendsImagesOfTheSizeThatItIsSetTo) {
+    m_device->SetInteger("Height", 240);
+    m_device->StartGrabbing(1);
+    EXPECT_EQ(m_device->RetrieveResult(timeoutMs).GetHeight(), 240);
+    m_device->SetInteger("Height", 480);
+    m_device->StartGrabbing(1);
+    EXPECT_EQ(m_device->RetrieveResult(timeoutMs).GetHeight(), 480);
+}
+
+TEST_F(AravisCameraTest, RefusesImagesThatHaveNot8BitsAPixel) {
+    m_device->SetEnumeration("PixelFormat", "Mono16");
+    m_device->StartGrabbing(1);
+    EXPECT_THROW(m_device->RetrieveResult(timeoutMs), CameraError);
+    m_device->SetEnumeration("PixelFormat", "BayerRG8");
+    m_device->StartGrabbing(1);
+    EXPECT_TRUE(m_device->RetrieveResult(timeoutMs).GrabSucceeded());
+}
+
+TEST_F(AravisCameraTest, RefusesNumbersOfBuffersThatMakeNoSense) {
+    for (const int count : {0, -1, 1'000'000})
+        EXPECT_THROW(m_device->SetMaxNumBuffer(count), CameraError) << count;
+}
+
+TEST_F(AravisCameraTest, RefusesToGrabNothing) {
+    for (const int count : {0, -1})
+        EXPECT_THROW(m_device->StartGrabbing(count), CameraError) << count;
+}
+
+TEST_F(AravisCameraTest, CanBeOpenedByTheNextProgramAtOnce) {
+    m_device.reset();
+    EXPECT_TRUE(OpenCamera()->IsOpen());
+}
+
+// What the kernel counts for this process: "task" its threads, "fd" its descriptors.
+auto CountOf(const char* what) {
+    return std::distance(std::filesystem::directory_iterator(std::string("/proc/self/") + what), {});
+}
+
+TEST_F(AravisCameraTest, LeavesNoThreadAndNoDescriptorBehind) {
+    m_device.reset();
+    const auto grabOnce = [] {
+        const auto device = OpenCamera();
+        device->StartGrabbing(1);
+        ASSERT_TRUE(device->RetrieveResult(timeoutMs).GrabSucceeded());
+    };
+    grabOnce(); // what the library keeps for good
+    const auto threads = CountOf("task");
+    const auto descriptors = CountOf("fd");
+    for (int round = 0; round < TESSARO_CAMERA_ROUNDS; ++round)
+        grabOnce();
+    EXPECT_TRUE(Eventually([&] { return CountOf("task") <= threads; })) << CountOf("task") << " " << threads;
+    EXPECT_TRUE(Eventually([&] { return CountOf("fd") <= descriptors; }))
+        << CountOf("fd") << " " << descriptors;
 }
 
 } // namespace

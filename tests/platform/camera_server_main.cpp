@@ -4,13 +4,14 @@
 //   size W H        what is sent from now on, whatever the client has set
 //   lost RATIO      share of the packets that get lost
 //   silent 0|1      whether frames are withheld
-//   period US       time from frame to frame
+//   wait N          until so many more frames were begun
 // Ends when its input does.
 
 #include <arv.h>
 #include <atomic>
 #include <cstring>
 #include <iostream>
+#include <poll.h>
 #include <sstream>
 #include <string>
 
@@ -22,8 +23,10 @@ constexpr unsigned framePeriodUs = 10'000;
 constexpr unsigned exposureTimeUs = 1'000;
 
 std::atomic<int> mark = 1;
+std::atomic<unsigned> framesBegun = 0;
 
 void Fill(ArvBuffer* buffer, void* camera, guint32, guint32, ArvPixelFormat) {
+    ++framesBegun;
     std::size_t size = 0; // of what was received, which is nothing on this side
     void* data = const_cast<void*>(arv_buffer_get_data(buffer, &size));
     std::memset(data, mark, arv_fake_camera_get_payload(static_cast<ArvFakeCamera*>(camera)));
@@ -43,6 +46,12 @@ void Prepare(ArvFakeCamera* camera) {
     arv_fake_camera_set_fill_pattern(camera, Fill, camera);
 }
 
+void WaitForFrames(unsigned count) {
+    constexpr int pauseMs = 1;
+    for (const unsigned begin = framesBegun; framesBegun - begin < count;)
+        poll(nullptr, 0, pauseMs);
+}
+
 void Obey(ArvGvFakeCamera* server, const std::string& line) {
     ArvFakeCamera* camera = arv_gv_fake_camera_get_fake_camera(server);
     std::istringstream words(line);
@@ -59,8 +68,8 @@ void Obey(ArvGvFakeCamera* server, const std::string& line) {
         g_object_set(server, "gvsp-lost-ratio", first, nullptr);
     if (command == "silent")
         arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_TRIGGER_MODE, number);
-    if (command == "period")
-        arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_ACQUISITION_FRAME_PERIOD_US, number);
+    if (command == "wait")
+        WaitForFrames(number);
 }
 
 } // namespace

@@ -180,6 +180,8 @@ GrabResult AravisCamera::RetrieveResult(std::uint32_t timeoutMilliseconds) {
     return Connected([&](AravisConnection& connection) {
         if (!IsGrabbing())
             throw CameraError("No grab is running");
+        if (connection.Session().Stream().AreAllHeld())
+            throw CameraError("All images that the camera may have are held");
         return WaitForResult(connection, timeoutMilliseconds);
     });
 }

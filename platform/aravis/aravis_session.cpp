@@ -41,6 +41,8 @@ void AravisSession::Open(const std::string& name) {
     arv_device_set_access_check_policy(Device(), ARV_ACCESS_CHECK_POLICY_ENABLE);
     WatchControl();
     TakeControl();
+    // Whoever had it before may have left it sending.
+    Checked([&](GError** error) { arv_camera_stop_acquisition(m_camera.get(), error); });
     ChoosePacketSize();
     SelectWholeSensor();
     m_stream = std::make_unique<AravisStream>(m_camera.get());

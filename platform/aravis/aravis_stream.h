@@ -33,6 +33,8 @@ public:
     /// Whether `buffer` is of this stream; if not, it may be destroyed at any time.
     bool Owns(ArvBuffer* buffer) const;
     void Recycle(ArvBuffer* buffer);
+    /// No image can come until one is given back.
+    bool AreAllHeld() const { return m_held >= m_maxWaiting; }
 
     // As they were at the last Start.
     int Width() const { return m_width; }

@@ -63,12 +63,12 @@ TEST_F(AravisCameraTest, SendsTheLatestWhenNobodyFetchedTheEarlier) {
     EXPECT_FALSE(m_device->IsGrabbing());
 }
 
-TEST_F(AravisCameraTest, WaitsForABufferWhenAllAreHeld) {
+TEST_F(AravisCameraTest, DoesNotWaitForImagesWhenAllAreHeld) {
     m_device->SetMaxNumBuffer(2);
     m_device->StartGrabbing(3);
     const GrabResult first = m_device->RetrieveResult(timeoutMs);
     GrabResult second = m_device->RetrieveResult(timeoutMs);
-    EXPECT_THROW(m_device->RetrieveResult(200), CameraError);
+    EXPECT_THROW(m_device->RetrieveResult(waitWithoutLimit), CameraError);
     second = GrabResult();
     EXPECT_TRUE(m_device->RetrieveResult(timeoutMs).GrabSucceeded());
 }

@@ -130,8 +130,6 @@ int Camera::GrabFrame(int frames) {
 }
 
 bool Camera::IsColorCamera() {
-    if (m_session.present == 0)
-        return false;
     try {
         const std::vector<std::string> formats = Device().SettableValues(pixelFormat);
         return std::any_of(formats.begin(), formats.end(), [](const std::string& format) {
@@ -140,6 +138,12 @@ bool Camera::IsColorCamera() {
     } catch (const std::exception&) {
         return false;
     }
+}
+
+CameraDevice& Camera::Device() {
+    if (m_session.camera == nullptr)
+        throw CameraError("there is no camera");
+    return *m_session.camera;
 }
 
 void Camera::SayThatThereIsNone() {

@@ -42,7 +42,7 @@ private:
     void TakeSingleFrame();
     void ApplyStored();
     void SayThatThereIsNone();
-    CameraDevice& Device() { return *m_session.camera; }
+    CameraDevice& Device();
 
     CameraSession& m_session;
     CameraRuntime& m_runtime;

@@ -58,5 +58,33 @@ TEST(TestPattern, AfterADayOfFramesStillFollowsItsPhase) {
     EXPECT_EQ(WrongBytes(*session, 10 * 86'400 * 50 + 50), 0);
 }
 
+TEST(TestPattern, FollowsTheWidthOfTheSession) {
+    const auto session = std::make_unique<CameraSession>();
+    session->width = 700;
+    DrawTestPattern(*session);
+    const std::uint8_t* bytes = session->workingFrame.Data();
+    EXPECT_EQ(bytes[699], 249);      // 749 / 3
+    EXPECT_EQ(bytes[700], 16);       // the next row begins
+    EXPECT_EQ(bytes[1400], 17);      // and the one after it is one more
+    EXPECT_EQ(bytes[5'065'983], 92); // x 83, y 7237: 133 / 3 = 44 and 3618 mod 255 = 48
+}
+
+TEST(TestPattern, MayBeOneLongRow) {
+    const auto session = std::make_unique<CameraSession>();
+    session->width = 2'147'483'647;
+    DrawTestPattern(*session);
+    EXPECT_EQ(session->workingFrame.Data()[765], 16);
+    EXPECT_EQ(session->workingFrame.Data()[5'065'983], 67); // 5,066,033 / 3 = 1,688,677
+}
+
+TEST(TestPattern, WithoutAWidthTakesTheSensors) {
+    for (const int width : {0, -5}) {
+        const auto session = std::make_unique<CameraSession>();
+        session->width = width;
+        DrawTestPattern(*session);
+        EXPECT_EQ(WrongBytes(*session, 50), 0);
+    }
+}
+
 } // namespace
 } // namespace tessaro

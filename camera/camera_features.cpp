@@ -11,12 +11,12 @@ struct FeatureNames {
     std::string_view older;
 };
 
-constexpr FeatureNames gain = {"Gain", "GainRaw"}; // the older one is a whole number
-constexpr FeatureNames exposureTime = {"ExposureTime", "ExposureTimeAbs"};
+constexpr FeatureNames gainNames = {"Gain", "GainRaw"}; // the older one is a whole number
+constexpr FeatureNames exposureTimeNames = {"ExposureTime", "ExposureTimeAbs"};
 constexpr std::string_view balanceSelector = "BalanceRatioSelector";
 constexpr std::array<std::string_view, 3> balanceChannels = {"Red", "Green", "Blue"};
-constexpr FeatureNames balanceRatio = {"BalanceRatio", "BalanceRatioAbs"};
-constexpr FeatureNames brightnessTarget = {"AutoTargetBrightness", "AutoTargetValue"};
+constexpr FeatureNames balanceRatioNames = {"BalanceRatio", "BalanceRatioAbs"};
+constexpr FeatureNames brightnessTargetNames = {"AutoTargetBrightness", "AutoTargetValue"};
 
 struct RegionFeatures {
     std::string_view selector;
@@ -59,28 +59,29 @@ void SelectWholePicture(CameraDevice& camera, const RegionFeatures& region) {
 } // namespace
 
 double ReadGain(CameraDevice& camera) {
-    if (camera.IsReadable(gain.current))
-        return camera.GetFloat(gain.current);
-    return static_cast<double>(camera.GetInteger(gain.older));
+    if (camera.IsReadable(gainNames.current))
+        return camera.GetFloat(gainNames.current);
+    return static_cast<double>(camera.GetInteger(gainNames.older));
 }
 
-void WriteGain(CameraDevice& camera, double value) {
-    if (camera.IsWritable(gain.current)) {
-        camera.SetFloat(gain.current, value);
+void WriteGain(CameraDevice& camera, double gain) {
+    if (camera.IsWritable(gainNames.current)) {
+        camera.SetFloat(gainNames.current, gain);
         return;
     }
-    const IntegerRange range = camera.GetIntegerRange(gain.older);
-    const double nearest = std::clamp(std::round(value), static_cast<double>(range.minimum),
+    const IntegerRange range = camera.GetIntegerRange(gainNames.older);
+    const double nearest = std::clamp(std::round(gain), static_cast<double>(range.minimum),
                                       static_cast<double>(std::max(range.minimum, range.maximum)));
-    camera.SetInteger(gain.older, static_cast<std::int64_t>(nearest));
+    camera.SetInteger(gainNames.older, static_cast<std::int64_t>(nearest));
 }
 
 double ReadExposureTime(CameraDevice& camera) {
-    return ReadFloat(camera, exposureTime);
+    return ReadFloat(camera, exposureTimeNames);
 }
 
 void WriteExposureTime(CameraDevice& camera, double exposureTimeUs) {
-    camera.SetFloat(camera.IsWritable(exposureTime.current) ? exposureTime.current : exposureTime.older,
+    camera.SetFloat(camera.IsWritable(exposureTimeNames.current) ? exposureTimeNames.current
+                                                                 : exposureTimeNames.older,
                     exposureTimeUs);
 }
 
@@ -88,7 +89,7 @@ std::array<double, 3> ReadBalanceRatios(CameraDevice& camera) {
     std::array<double, 3> ratios = {};
     for (std::size_t channel = 0; channel < ratios.size(); ++channel) {
         camera.SetEnumeration(balanceSelector, balanceChannels[channel]);
-        ratios[channel] = ReadFloat(camera, balanceRatio);
+        ratios[channel] = ReadFloat(camera, balanceRatioNames);
     }
     return ratios;
 }
@@ -102,10 +103,10 @@ void MeasureWholePicture(CameraDevice& camera) {
 }
 
 void SetBrightnessTarget(CameraDevice& camera) {
-    if (camera.IsWritable(brightnessTarget.current))
-        camera.SetFloat(brightnessTarget.current, targetBrightness);
-    else if (camera.IsWritable(brightnessTarget.older))
-        camera.SetInteger(brightnessTarget.older, targetGreyValue);
+    if (camera.IsWritable(brightnessTargetNames.current))
+        camera.SetFloat(brightnessTargetNames.current, targetBrightness);
+    else if (camera.IsWritable(brightnessTargetNames.older))
+        camera.SetInteger(brightnessTargetNames.older, targetGreyValue);
 }
 
 } // namespace tessaro

@@ -3,6 +3,7 @@
 #include "app/settings_file.h"
 #include "imaging/picture_to_frame.h"
 #include "platform/fake/fake_user_interface.h"
+#include "platform/fake/scripted_camera.h"
 #include "platform/standard/absent_cameras.h"
 #include "scan/control_panel_ids.h"
 #include "support/drawn_frames.h"
@@ -158,6 +159,23 @@ TEST_F(ProgramTest, ReadsTheSettingsBeforeItWaitsForTheStageAndLooksForACameraAf
     });
     At(started, [&] { EXPECT_EQ(Information(), Texts(3, "No camera detected")); });
     RunUntil(started);
+}
+
+TEST_F(ProgramTest, ShowsWhatACameraSeesOnceItIsAdjusted) {
+    ScriptedCamera camera([](const std::string& breach) { ADD_FAILURE() << breach; });
+    camera.features["PixelFormat"] = {ScriptedFeature::Enumeration{"Mono8", {"Mono8", "BayerRG8"}}};
+    for (const int level : {80, 90}) // at 310 and 410 ms
+        camera.ThenImage(sensorWidth, sensorHeight,
+                         ScriptedCamera::Samples(sensorByteCount, static_cast<std::uint8_t>(level)));
+    At(350, [&] { EXPECT_EQ(*ui.drawing.windows.at(mainWindow).Pixel(600, 500), 80); });
+    ui.messages.PostAt(450, {mainWindow, MessageKind::Close});
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {camera}), 0);
+    EXPECT_EQ(globals->camera.workingFrame.Data()[1000], 90);
+    EXPECT_EQ(globals->camera.testPatternPhase, 0U);
+    EXPECT_EQ(Information(), (Texts{"No camera detected", "Camera Opening", "Camera Auto Gain Control",
+                                    "Camera Auto Exposure "}))
+        << "the first paint comes before the camera is looked for";
+    globals.reset(); // goes before its camera
 }
 
 TEST_F(ProgramTest, HoldsTwoGrainTablesFromBeforeItsWindowsUntilItsEnd) {

@@ -39,8 +39,9 @@ constexpr std::array<RegionFeatures, 2> regionNames = {{
 constexpr double targetBrightness = 0.3;     // of the full scale
 constexpr std::int64_t targetGreyValue = 80; // the same on the older scale
 
-double ReadFloat(CameraDevice& camera, const FeatureNames& names) {
-    return camera.GetFloat(camera.IsReadable(names.current) ? names.current : names.older);
+/// The name that the camera has for it.
+std::string_view Name(CameraDevice& camera, const FeatureNames& names) {
+    return camera.IsReadable(names.current) ? names.current : names.older;
 }
 
 void SelectWholePicture(CameraDevice& camera, const RegionFeatures& region) {
@@ -65,7 +66,7 @@ double ReadGain(CameraDevice& camera) {
 }
 
 void WriteGain(CameraDevice& camera, double gain) {
-    if (camera.IsWritable(gainNames.current)) {
+    if (camera.IsReadable(gainNames.current)) {
         camera.SetFloat(gainNames.current, gain);
         return;
     }
@@ -76,20 +77,18 @@ void WriteGain(CameraDevice& camera, double gain) {
 }
 
 double ReadExposureTime(CameraDevice& camera) {
-    return ReadFloat(camera, exposureTimeNames);
+    return camera.GetFloat(Name(camera, exposureTimeNames));
 }
 
 void WriteExposureTime(CameraDevice& camera, double exposureTimeUs) {
-    camera.SetFloat(camera.IsWritable(exposureTimeNames.current) ? exposureTimeNames.current
-                                                                 : exposureTimeNames.older,
-                    exposureTimeUs);
+    camera.SetFloat(Name(camera, exposureTimeNames), exposureTimeUs);
 }
 
 std::array<double, 3> ReadBalanceRatios(CameraDevice& camera) {
     std::array<double, 3> ratios = {};
     for (std::size_t channel = 0; channel < ratios.size(); ++channel) {
         camera.SetEnumeration(balanceSelector, balanceChannels[channel]);
-        ratios[channel] = ReadFloat(camera, balanceRatioNames);
+        ratios[channel] = camera.GetFloat(Name(camera, balanceRatioNames));
     }
     return ratios;
 }

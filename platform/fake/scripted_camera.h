@@ -90,8 +90,9 @@ public:
     std::map<std::string, ScriptedFeature, std::less<>> features;
     std::vector<std::string> calls; // all that do something, with what they were told
     bool remembersCalls = true;
-    std::function<void(const std::string&)> onCall; // after it was noted, before it is done
-    int held = 0;                                   // images that were not handed back yet
+    std::function<void(const std::string&)> onCall;         // after it was noted, before it is done
+    std::function<void(std::string_view)> onEnumerationSet; // after it was done
+    int held = 0;                                           // images that were not handed back yet
     int maximumHeld = 10;
 
 private:
@@ -133,6 +134,8 @@ private:
             if (std::find(settable.begin(), settable.end(), value) == settable.end())
                 throw CameraError(std::string(feature) + " cannot be " + std::string(value));
             enumeration.value = value;
+            if (m_camera.onEnumerationSet)
+                m_camera.onEnumerationSet(feature);
         }
         std::vector<std::string> SettableValues(std::string_view feature) override {
             return Read<ScriptedFeature::Enumeration>(feature).settable;

@@ -24,12 +24,16 @@ protected:
             scripted.ThenImage(2, 2, Samples(4));
     }
 
+    void TurnOff(const std::string& function) {
+        std::get<ScriptedFeature::Enumeration>(scripted.features.at(function).value).value = "Off";
+    }
+
     /// The function turns itself off with so many images, when the value is that.
     void TurnOffAfter(int images, const std::string& function, const std::string& value, double found) {
         scripted.onCall = [this, images, function, value, found, taken = 0](const std::string& call) mutable {
             if (call != "GrabOne 5000" || ++taken != images)
                 return;
-            std::get<ScriptedFeature::Enumeration>(scripted.features.at(function).value).value = "Off";
+            TurnOff(function);
             scripted.features.at(value).value = found;
         };
     }
@@ -107,8 +111,7 @@ TEST_F(AutomaticAdjustment, OfWhiteBalanceOnceReportsTheRatios) {
     scripted.onCall = [this, answer = scripted.onCall](const std::string& call) {
         answer(call);
         if (call == "GrabOne 5000")
-            std::get<ScriptedFeature::Enumeration>(scripted.features.at("BalanceWhiteAuto").value).value =
-                "Off";
+            TurnOff("BalanceWhiteAuto");
     };
     AdjustWhiteBalanceOnce(*device, clock, report);
     EXPECT_EQ(report.str(), "Trying 'BalanceWhiteAuto = Once'.\n"
@@ -121,8 +124,10 @@ TEST_F(AutomaticAdjustment, OfWhiteBalanceOnceReportsTheRatios) {
 
 TEST_F(AutomaticAdjustment, ThatIsOffAtOnceCostsOneImageAnd100Milliseconds) {
     ThenImages(1);
-    scripted.features.at("ExposureAuto").value = ScriptedFeature::Enumeration{"Off", {"Once", "Off"}};
-    TurnOffAfter(1, "ExposureAuto", "ExposureTime", 5000.0);
+    scripted.onEnumerationSet = [this](std::string_view feature) {
+        if (feature == "ExposureAuto")
+            TurnOff("ExposureAuto");
+    };
     AdjustExposureOnce(*device, clock, report);
     EXPECT_EQ(clock.now, 100U);
     EXPECT_NE(report.str().find("after 1 frames."), std::string::npos);
@@ -254,6 +259,13 @@ TEST_F(AutomaticAdjustment, WritesWholeGainsWithinTheirRange) {
     WriteExposureTime(*device, 800.0);
     EXPECT_EQ(scripted.calls, (Texts{"Set GainRaw 33", "Set GainRaw 41", "Set GainRaw 33", "Set GainRaw 512",
                                      "Set GainRaw 33", "Set ExposureTimeAbs 800.000000"}));
+}
+
+TEST_F(AutomaticAdjustment, DoesNotTakeAnOlderNameForAFeatureThatIsLocked) {
+    scripted.features.at("Gain").writable = false;
+    scripted.features["GainRaw"] = {ScriptedFeature::Integer{36, {33, 512}}};
+    EXPECT_THROW(WriteGain(*device, 40.0), CameraError);
+    EXPECT_FALSE(Called("Set GainRaw 40"));
 }
 
 TEST_F(AutomaticAdjustment, ThrowsWithoutAnyGain) {

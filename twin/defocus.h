@@ -6,9 +6,9 @@
 
 namespace tessaro {
 
-/// Standard deviation of the blur, in frame pixels, of what lies so far from the focus: about three tenths of the
-/// distance, which is the cone of light of an objective with a numerical aperture of 0.5. Everything beyond
-/// `maximumBlurPixels` looks alike.
+/// Standard deviation of the blur, in frame pixels, of what lies so far from the focus: about three tenths of
+/// the distance, which is the cone of light of an objective with a numerical aperture of 0.5. Everything
+/// beyond `maximumBlurPixels` looks alike.
 double BlurPixels(double distanceUm);
 
 inline constexpr double maximumBlurPixels = 256.0;

@@ -41,6 +41,7 @@ class SensorRenderer {
 public:
     /// The wafer must outlive the renderer.
     explicit SensorRenderer(const Wafer& wafer);
+    explicit SensorRenderer(const Wafer&& wafer) = delete;
 
     /// Fills 2464 x 2056 samples of 8 bits: a mosaic with red, green / green, blue in each cell, the first
     /// row the top of the picture. The same wafer, position, settings and noise seed give the same bytes. Any

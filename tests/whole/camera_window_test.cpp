@@ -219,7 +219,8 @@ TEST_F(CameraWindow, ProbesACapturedFlakeAndTakesItsContrast) {
     Settings settings;
     ASSERT_EQ(ReadSettingsLine(ReadText(ConfigFile()), settings), settingsFieldCount);
     for (std::size_t c = 0; c < singleLayerContrast.size(); ++c)
-        EXPECT_NEAR(settings.targetContrast[c], singleLayerContrast[c], 2.0) << c; // a level is 1.3 per cent here
+        EXPECT_NEAR(settings.targetContrast[c], singleLayerContrast[c], 2.0)
+            << c; // a level is 1.3 per cent here
 }
 
 TEST_F(CameraWindow, GoesOnWithTheTestPatternWhenTheCameraVanishesAndComesBackWithAutoContrastOnce) {

@@ -37,8 +37,8 @@ struct Tally {
 };
 
 std::ostream& operator<<(std::ostream& out, const Tally& tally) {
-    return out << tally.found << " of " << tally.known << " single layers found, " << tally.wrongFrames << " of "
-               << tally.frames << " frames around something else";
+    return out << tally.found << " of " << tally.known << " single layers found, " << tally.wrongFrames
+               << " of " << tally.frames << " frames around something else";
 }
 
 struct FlakeInFrame {
@@ -54,8 +54,10 @@ struct FlakeInFrame {
     bool IsToBeFound() const {
         return layers == 1 && areaUm2 >= leastAreaUm2 &&
                std::ranges::all_of(outline, [](const Vertex& corner) {
-                   return corner.x >= detectionMarginXPixels && corner.x <= frameWidth - detectionMarginXPixels &&
-                          corner.y >= detectionMarginYPixels && corner.y <= frameHeight - detectionMarginYPixels;
+                   return corner.x >= detectionMarginXPixels &&
+                          corner.x <= frameWidth - detectionMarginXPixels &&
+                          corner.y >= detectionMarginYPixels &&
+                          corner.y <= frameHeight - detectionMarginYPixels;
                });
     }
 };
@@ -74,9 +76,8 @@ std::vector<FlakeInFrame> FlakesInFrame(const Wafer& wafer, const StagePosition&
 
 void Count(const std::vector<FlakeInFrame>& flakes, const PictureReport& report, Tally& tally) {
     for (const FlakeInFrame& flake : flakes) {
-        const bool found = std::ranges::any_of(report.grains, [&](const GrainReport& grain) {
-            return grain.single && flake.IsAt(grain);
-        });
+        const bool found = std::ranges::any_of(
+            report.grains, [&](const GrainReport& grain) { return grain.single && flake.IsAt(grain); });
         tally.known += flake.IsToBeFound() ? 1 : 0;
         tally.found += flake.IsToBeFound() && found ? 1 : 0;
     }
@@ -85,14 +86,6 @@ void Count(const std::vector<FlakeInFrame>& flakes, const PictureReport& report,
             flakes, [&](const FlakeInFrame& flake) { return flake.layers == 1 && flake.IsAt(grain); });
         tally.frames += grain.single ? 1 : 0;
         tally.wrongFrames += grain.single && !right ? 1 : 0;
-        if (std::getenv("DUMP"))
-            std::printf("G %d %.2f %d [%g %g %g %g %g %g] %d %d\n", right, grain.score, grain.pixels, grain.subScores.BG, grain.subScores.Cont, grain.subScores.EgSp, grain.subScores.HST, grain.subScores.PR, grain.subScores.Size, grain.left, grain.maxRow);
-    }
-    if (std::getenv("DUMP"))
-    for (const FlakeInFrame& flake : flakes) if (flake.IsToBeFound()) {
-        double best = -1; int pixels=0;
-        for (const GrainReport& g : report.grains) if (flake.IsAt(g)) { best = std::max<double>(best, g.score); pixels += g.pixels; }
-        std::printf("F %.1f %.1f %d\n", best, flake.areaUm2, pixels);
     }
 }
 
@@ -107,7 +100,7 @@ TEST(TwinFlakes, OfOneLayerAreFramedAndHardlyAnythingElseIs) {
         SensorRenderer renderer(wafer);
         for (int field = 0; field < fieldsPerSide * fieldsPerSide; ++field) {
             const StagePosition position = {1000.0 + fieldPitchUm * (field % fieldsPerSide),
-                                            1000.0 + fieldPitchUm * (field / fieldsPerSide), std::getenv("TZ_") ? atof(std::getenv("TZ_")) : 0.0};
+                                            1000.0 + fieldPitchUm * (field / fieldsPerSide), 0.0};
             renderer.Render(position, {}, seed, mosaic);
             MosaicToFrame(mosaic, frame);
             Count(FlakesInFrame(wafer, position), AnalyzeFrame(frame, settings, nullptr), tally);

@@ -1,0 +1,311 @@
+#include "rendered_levels.h"
+#include "twin/sensor_renderer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace tessaro {
+namespace {
+
+constexpr StagePosition middle = {2000.0, 2000.0, 0.0};
+
+/// Centre of what is darker than bare substrate, in sensor pixels from the mosaic's top left corner.
+Vertex CentreOfDarkness(const Wafer& wafer, const StagePosition& position) {
+    const Mosaic bare = Rendered(BareWafer(), position);
+    const Mosaic mosaic = Rendered(wafer, position);
+    double dark = 0.0;
+    Vertex sum;
+    for (int row = 0; row < twinSensorHeight; ++row)
+        for (int column = 0; column < twinSensorWidth; ++column) {
+            const double darkness = bare.At(column, row) - mosaic.At(column, row);
+            dark += darkness;
+            sum = {sum.x + darkness * (column + 0.5), sum.y + darkness * (row + 0.5)};
+        }
+    return {sum.x / dark, sum.y / dark};
+}
+
+TEST(SensorRenderer, ShowsAFlakeRightAndUpOfTheMiddleWhereItLiesFromTheStage) {
+    const Wafer wafer = WaferWithSquare({2100.0, 2050.0}, 20.0, bulkWaferLayers);
+    const Vertex centre = CentreOfDarkness(wafer, middle);
+    EXPECT_NEAR(centre.x, 1232.0 + 100.0 * sensorPixelsPerUm, 0.05);
+    EXPECT_NEAR(centre.y, 1028.0 - 50.0 * sensorPixelsPerUm, 0.05);
+}
+
+TEST(SensorRenderer, FollowsTheStageByFractionsOfAPixel) {
+    const Wafer wafer = WaferWithSquare({1980.0, 2010.0}, 20.0, bulkWaferLayers);
+    const Vertex before = CentreOfDarkness(wafer, middle);
+    const Vertex after = CentreOfDarkness(wafer, {middle.x + 0.07, middle.y + 0.05, 0.0});
+    EXPECT_NEAR(after.x - before.x, -0.07 * sensorPixelsPerUm, 0.03);
+    EXPECT_NEAR(after.y - before.y, 0.05 * sensorPixelsPerUm, 0.03);
+}
+
+TEST(SensorRenderer, BareSubstrateIsGreyAtTheDefaultLevelInTheMiddle) {
+    const Mosaic mosaic = Rendered(BareWafer(), middle);
+    for (int sample = 0; sample < 4; ++sample)
+        EXPECT_NEAR(mosaic.MeanAround(middleCellColumn, middleCellRow, sample), defaultSubstrateLevel, 0.2);
+}
+
+TEST(SensorRenderer, LightFallsOffTowardTheCornersByFourPercent) {
+    const Mosaic mosaic = Rendered(BareWafer(), middle);
+    for (const int column : {10, 1221})
+        for (const int row : {10, 1017})
+            EXPECT_NEAR(mosaic.MeanAround(column, row, 1, 10), defaultSubstrateLevel * 0.96, 0.6);
+}
+
+/// Contrast of the four samples of a cell in the middle of a flake, in percent.
+std::array<double, 4> MeasuredContrast(const WaferOptions& options, int layers) {
+    const Mosaic bare = Rendered(BareWafer(), middle);
+    const Mosaic mosaic = Rendered(WaferWithSquare({2000.0, 2000.0}, 40.0, layers, options), middle);
+    std::array<double, 4> contrast = {};
+    for (int sample = 0; sample < 4; ++sample)
+        contrast[static_cast<std::size_t>(sample)] =
+            (mosaic.MeanAround(middleCellColumn, middleCellRow, sample) /
+                 bare.MeanAround(middleCellColumn, middleCellRow, sample) -
+             1.0) *
+            100.0;
+    return contrast;
+}
+
+TEST(SensorRenderer, LayersOfGrapheneTakeEachTheSameShareOfTheLight) {
+    struct Case {
+        int layers;
+        double red, green, blue; // 100 * ((1 + contrast / 100)^layers - 1)
+    };
+    constexpr std::array cases = {Case{1, -12.0, -8.0, -2.0}, Case{2, -22.56, -15.36, -3.96},
+                                  Case{3, -31.85, -22.13, -5.88}, Case{5, -47.23, -34.09, -9.61},
+                                  Case{100, -100.0, -99.98, -86.74}};
+    for (const Case& expected : cases) {
+        const std::array<double, 4> contrast = MeasuredContrast({}, expected.layers);
+        EXPECT_NEAR(contrast[0], expected.red, 0.5) << expected.layers;
+        EXPECT_NEAR(contrast[1], expected.green, 0.5) << expected.layers;
+        EXPECT_NEAR(contrast[2], expected.green, 0.5) << expected.layers;
+        EXPECT_NEAR(contrast[3], expected.blue, 0.5) << expected.layers;
+    }
+}
+
+TEST(SensorRenderer, ColoursAreThoseOfTheMaterialOnItsSubstrate) {
+    struct Case {
+        Material material;
+        Substrate substrate;
+        double red, green, blue;
+    };
+    constexpr std::array cases = {Case{Material::hbn, Substrate::sio2, -20.0, 17.0, 3.0},
+                                  Case{Material::hbn, Substrate::glass, 3.0, 6.0, 9.0},
+                                  Case{Material::hbn, Substrate::sapphire, -20.0, 17.0, 3.0},
+                                  Case{Material::tmdc, Substrate::sio2, -80.0, 20.0, 0.0},
+                                  Case{Material::graphene, Substrate::glass, -12.0, -8.0, -2.0}};
+    for (const Case& expected : cases) {
+        WaferOptions options;
+        options.material = expected.material;
+        options.substrate = expected.substrate;
+        const std::array<double, 4> contrast = MeasuredContrast(options, 1);
+        EXPECT_NEAR(contrast[0], expected.red, 0.5);
+        EXPECT_NEAR(contrast[1], expected.green, 0.5);
+        EXPECT_NEAR(contrast[3], expected.blue, 0.5);
+    }
+}
+
+TEST(SensorRenderer, ManyLayersThatBrightenEndAsAMirrorThatSaturates) {
+    WaferOptions options;
+    options.material = Material::hbn;
+    const Mosaic mosaic = Rendered(WaferWithSquare({2000.0, 2000.0}, 40.0, bulkWaferLayers, options), middle);
+    EXPECT_EQ(mosaic.MeanAround(middleCellColumn, middleCellRow, 1), 255.0);
+    EXPECT_LT(mosaic.MeanAround(middleCellColumn, middleCellRow, 0), 1.0);
+}
+
+TEST(SensorRenderer, TheSameRequestGivesTheSameBytesWhateverWasDrawnBefore) {
+    const Wafer wafer{WaferOptions()};
+    const Mosaic first = Rendered(wafer, {1500.0, 1700.0, 3.0}, {}, 7);
+    SensorRenderer renderer(wafer);
+    Mosaic second;
+    renderer.Render({10.0, 20.0, 30.0}, {}, 5, second.bytes);
+    renderer.Render({1500.0, 1700.0, 3.0}, {}, 7, second.bytes);
+    EXPECT_EQ(first.bytes, second.bytes);
+    renderer.Render({1500.0, 1700.0, 3.0}, {}, 7, second.bytes); // from the picture that was kept
+    EXPECT_EQ(first.bytes, second.bytes);
+    renderer.Render({1500.0, 1700.0, 3.0}, {}, 8, second.bytes);
+    EXPECT_NE(first.bytes, second.bytes);
+}
+
+TEST(SensorRenderer, AnotherSeedMakesAnotherWafer) {
+    WaferOptions other;
+    other.seed = 2;
+    EXPECT_NE(Rendered(Wafer(WaferOptions()), middle).bytes, Rendered(Wafer(other), middle).bytes);
+}
+
+/// Variance of the noise of single samples in the middle, from two frames.
+double NoiseVariance(const ExposureSettings& exposure) {
+    const Wafer wafer = BareWafer();
+    const Mosaic one = Rendered(wafer, middle, exposure, 1);
+    const Mosaic other = Rendered(wafer, middle, exposure, 2);
+    double squares = 0.0;
+    int count = 0;
+    for (int row = 800; row < 1200; ++row)
+        for (int column = 1000; column < 1400; ++column, ++count)
+            squares += std::pow(one.At(column, row) - other.At(column, row), 2);
+    return squares / count / 2.0;
+}
+
+constexpr double roundingVariance = 1.0 / 12.0;
+
+TEST(SensorRenderer, NoiseIsThatOfThePhotonsAndTheReadOut) {
+    // 80 electrons a level: a level of 140 has a variance of 140 / 80; reading out adds 0.4 levels.
+    EXPECT_NEAR(NoiseVariance({}), 140.0 / 80.0 + 0.16 + roundingVariance, 0.05);
+}
+
+TEST(SensorRenderer, GainAmplifiesTheNoiseMoreThanALongerExposureDoes) {
+    ExposureSettings amplified;
+    amplified.exposureTimeUs = 5'000.0;
+    amplified.gainDb = 20.0 * std::log10(2.0);
+    EXPECT_NEAR(NoiseVariance(amplified), 2.0 * 140.0 / 80.0 + 4.0 * 0.16 + roundingVariance, 0.1);
+}
+
+double MiddleLevel(const ExposureSettings& exposure, int sample = 1) {
+    return Rendered(BareWafer(), middle, exposure).MeanAround(middleCellColumn, middleCellRow, sample);
+}
+
+TEST(SensorRenderer, LevelsGrowWithExposureTimeAndGain) {
+    EXPECT_NEAR(MiddleLevel({.exposureTimeUs = 5'000.0}), 70.0, 0.2);
+    EXPECT_NEAR(MiddleLevel({.exposureTimeUs = 15'000.0}), 210.0, 0.2);
+    EXPECT_NEAR(MiddleLevel({.exposureTimeUs = 10'000.0, .gainDb = -20.0}), 14.0, 0.2);
+    EXPECT_NEAR(MiddleLevel({.exposureTimeUs = 2'500.0, .gainDb = 20.0 * std::log10(2.0)}), 70.0, 0.2);
+}
+
+TEST(SensorRenderer, BalanceScalesEachChannelByItself) {
+    const ExposureSettings exposure = {.balanceRatios = {0.5, 1.0, 1.5}};
+    EXPECT_NEAR(MiddleLevel(exposure, 0), 70.0, 0.2);
+    EXPECT_NEAR(MiddleLevel(exposure, 1), 140.0, 0.2);
+    EXPECT_NEAR(MiddleLevel(exposure, 2), 140.0, 0.2);
+    EXPECT_NEAR(MiddleLevel(exposure, 3), 210.0, 0.2);
+}
+
+TEST(SensorRenderer, TooMuchLightSaturates) {
+    const Mosaic mosaic = Rendered(BareWafer(), middle, {.exposureTimeUs = 100'000.0});
+    EXPECT_EQ(std::ranges::min(mosaic.bytes), 255);
+}
+
+TEST(SensorRenderer, WithoutExposureThereIsOnlyTheReadOutNoise) {
+    const Mosaic mosaic = Rendered(BareWafer(), middle, {.exposureTimeUs = 0.0});
+    EXPECT_LE(std::ranges::max(mosaic.bytes), 3);
+    EXPECT_GT(std::ranges::max(mosaic.bytes), 0);
+}
+
+/// Sum of squared steps between red neighbours along the middle rows, less the noise's.
+double Sharpness(const Wafer& wafer, double z) {
+    const Mosaic mosaic = Rendered(wafer, {middle.x, middle.y, z});
+    const Mosaic bare = Rendered(BareWafer(), middle);
+    double sum = 0.0;
+    for (int row = 900; row < 1100; row += 2)
+        for (int column = 400; column < 2000; column += 2)
+            sum += std::pow(mosaic.At(column + 2, row) - mosaic.At(column, row), 2) -
+                   std::pow(bare.At(column + 2, row) - bare.At(column, row), 2);
+    return sum;
+}
+
+TEST(SensorRenderer, IsSharpAtOneMicrometreFromTheFocusSoftAtFiveAndLosesMoreAndMore) {
+    const Wafer wafer = WaferWithSquare({2000.0, 2000.0}, 60.0, bulkWaferLayers);
+    const double focused = Sharpness(wafer, 0.0);
+    EXPECT_GT(Sharpness(wafer, 1.0), focused * 0.3);
+    EXPECT_LT(Sharpness(wafer, 5.0), focused * 0.12);
+    double last = focused;
+    for (const double z : {0.5, 1.0, 1.5, 2.0, 3.0, 4.0, 5.0, 7.0, 10.0, 20.0}) {
+        const double sharpness = Sharpness(wafer, z);
+        EXPECT_LT(sharpness, last) << z;
+        last = sharpness;
+    }
+}
+
+TEST(SensorRenderer, StructureIsLeftSomeTensOfMicrometresFromTheFocus) {
+    const Wafer wafer = WaferWithSquare({2000.0, 2000.0}, 60.0, bulkWaferLayers);
+    double last = 0.0;
+    for (const double z : {20.0, 50.0, 100.0, 200.0, 400.0}) {
+        const double level =
+            Rendered(wafer, {middle.x, middle.y, z}).MeanAround(middleCellColumn, middleCellRow, 0, 5);
+        EXPECT_GT(level, last) << z;
+        last = level;
+    }
+    EXPECT_LT(Rendered(wafer, {middle.x, middle.y, 50.0}).MeanAround(middleCellColumn, middleCellRow, 0, 5),
+              90.0);
+}
+
+TEST(SensorRenderer, BelowTheFocusLooksLikeAbove) {
+    const Wafer wafer{WaferOptions()};
+    EXPECT_EQ(Rendered(wafer, {2000.0, 2000.0, 4.0}).bytes, Rendered(wafer, {2000.0, 2000.0, -4.0}).bytes);
+}
+
+TEST(SensorRenderer, BlurSpreadsAnEdgeByThreeTenthsOfTheDistance) {
+    const Wafer wafer = WaferWithSquare({2200.0, 2000.0}, 400.0, bulkWaferLayers); // an edge at X 2000
+    for (const double z : {2.0, 3.9, 4.2, 6.0, 12.0, 30.0}) {
+        const Mosaic mosaic = Rendered(wafer, {2000.0, 2000.0, z});
+        const auto level = [&](int cell) {
+            double sum = 0.0;
+            for (int row = 600; row < 1400; row += 2)
+                sum += mosaic.At(2 * cell, row);
+            return sum / 400.0;
+        };
+        const auto crossing = [&](double wanted) {
+            int cell = 100;
+            while (level(cell + 1) > wanted)
+                ++cell;
+            return cell + (level(cell) - wanted) / (level(cell) - level(cell + 1));
+        };
+        const double sigma = 0.3 * framePixelsPerUm * z;
+        const double quartiles =
+            2.0 * 0.67449 * std::sqrt(sigma * sigma + 1.0 / 12.0); // with a sample's own width
+        EXPECT_NEAR(crossing(35.0) - crossing(105.0), quartiles, 0.03 * quartiles + 0.05) << z;
+    }
+}
+
+TEST(SensorRenderer, TheFocusFollowsTheTilt) {
+    WaferOptions tilted;
+    tilted.tiltUmPerUm = {0.01, -0.02};
+    tilted.focusZUm = 5.0;
+    const Wafer wafer = WaferWithSquare({2000.0, 2000.0}, 60.0, bulkWaferLayers, tilted);
+    const Wafer level = WaferWithSquare({2000.0, 2000.0}, 60.0, bulkWaferLayers);
+    // 5 + 0.01 * 2000 - 0.02 * 2000
+    EXPECT_EQ(Rendered(wafer, {2000.0, 2000.0, -15.0}).bytes, Rendered(level, middle).bytes);
+}
+
+TEST(SensorRenderer, BesideTheWaferThereIsItsDarkHolder) {
+    const Wafer wafer = BareWafer();
+    constexpr double holder = 16.8; // 0.12 of the substrate
+    EXPECT_NEAR(Rendered(wafer, {-5000.0, 100.0, 0.0}).MeanAround(middleCellColumn, middleCellRow, 1), holder,
+                0.2);
+    const Mosaic corner = Rendered(wafer, {0.0, 0.0, 0.0});
+    EXPECT_NEAR(corner.MeanAround(middleCellColumn - 40, middleCellRow - 40, 1), holder, 0.2);
+    EXPECT_NEAR(corner.MeanAround(middleCellColumn + 40, middleCellRow + 40, 1), holder, 0.2);
+    EXPECT_NEAR(corner.MeanAround(middleCellColumn + 40, middleCellRow - 40, 1), 139.8, 0.4); // up and right
+}
+
+TEST(SensorRenderer, AnyPositionAndSettingCanBeAskedFor) {
+    constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    constexpr double endless = std::numeric_limits<double>::infinity();
+    constexpr double huge = std::numeric_limits<double>::max();
+    const Wafer wafer{WaferOptions()};
+    for (const double odd : {none, endless, -endless, huge, -huge}) {
+        EXPECT_NEAR(Rendered(wafer, {odd, 2000.0, 0.0}).MeanAround(middleCellColumn, middleCellRow, 1), 16.8,
+                    0.2);
+        EXPECT_NEAR(Rendered(wafer, {2000.0, odd, 0.0}).MeanAround(middleCellColumn, middleCellRow, 1), 16.8,
+                    0.2);
+        EXPECT_GT(Rendered(wafer, {2000.0, 2000.0, odd}).MeanAround(middleCellColumn, middleCellRow, 1),
+                  100.0);
+        const bool bright = odd > 0.0; // what is no number is no light
+        EXPECT_EQ(MiddleLevel({.exposureTimeUs = odd}) > 1.0, bright);
+        EXPECT_EQ(MiddleLevel({.balanceRatios = {1.0, odd, 1.0}}) > 1.0, bright);
+        EXPECT_GE(MiddleLevel({.exposureTimeUs = 10'000.0, .gainDb = odd}), 0.0);
+    }
+}
+
+TEST(SensorRenderer, LeavesAMosaicOfAnotherSizeAlone) {
+    const Wafer wafer = BareWafer();
+    std::vector<std::uint8_t> small(100, 7);
+    SensorRenderer(wafer).Render(middle, {}, 1, small);
+    EXPECT_EQ(small, std::vector<std::uint8_t>(100, 7));
+}
+
+} // namespace
+} // namespace tessaro

@@ -1,15 +1,15 @@
 #include "analyze/picture_analysis.h"
 #include "simulated_field/random_field.h"
-#include "support/program.h"
-#include "support/temporary_folder.h"
 #include "twin/operator_view.h"
 #include "twin/sensor_renderer.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
-#include <ostream>
+#include <iostream>
+#include <utility>
 #include <vector>
 
 namespace tessaro {

@@ -147,14 +147,7 @@ void MarkPainter::PaintOutline(const Outline& outline, double transmission, Ligh
     placed = ClippedTo(std::move(placed), plane.grid.width, plane.grid.height);
     if (placed.size() < 3)
         return;
-    Extent extent;
-    for (const Vertex& corner : placed)
-        extent.Add(corner);
-    m_box = SamplesIn(extent, plane.grid);
-    m_stride = static_cast<std::size_t>(std::max(0, m_box.right - m_box.left + 1)) + 2;
-    m_change.assign(m_stride * static_cast<std::size_t>(std::max(0, m_box.maxRow - m_box.minRow + 1)), 0.0);
-    for (std::size_t corner = 0; corner < placed.size(); ++corner)
-        AddEdge(placed[corner], placed[corner + 1 == placed.size() ? 0 : corner + 1]);
+    MeasureChanges(placed, plane.grid);
     for (int row = m_box.minRow; row <= m_box.maxRow; ++row) {
         const double* change = m_change.data() + m_stride * static_cast<std::size_t>(row - m_box.minRow);
         double covered = 0.0;
@@ -163,6 +156,17 @@ void MarkPainter::PaintOutline(const Outline& outline, double transmission, Ligh
             Tint(RowOf(plane, row)[column], std::min(1.0, std::abs(covered)), transmission);
         }
     }
+}
+
+void MarkPainter::MeasureChanges(const Outline& placed, const SampleGrid& grid) {
+    Extent extent;
+    for (const Vertex& corner : placed)
+        extent.Add(corner);
+    m_box = SamplesIn(extent, grid);
+    m_stride = static_cast<std::size_t>(std::max(0, m_box.right - m_box.left + 1)) + 2;
+    m_change.assign(m_stride * static_cast<std::size_t>(std::max(0, m_box.maxRow - m_box.minRow + 1)), 0.0);
+    for (std::size_t corner = 0; corner < placed.size(); ++corner)
+        AddEdge(placed[corner], placed[corner + 1 == placed.size() ? 0 : corner + 1]);
 }
 
 /// What lies to the right of the edge is covered once more, or once less when the edge runs upward; over all

@@ -43,6 +43,7 @@ public:
 
 private:
     void PaintOutline(const Outline& outline, double transmission, LightPlane& plane);
+    void MeasureChanges(const Outline& placed, const SampleGrid& grid);
     void AddEdge(Vertex from, Vertex to);
     void AddRowPiece(double* row, double x, double nextX, double height) const;
 

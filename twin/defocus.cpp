@@ -28,6 +28,16 @@ Between PlaceOf(int frameSample, const BlurPlan& plan) {
     return {static_cast<std::size_t>(whole), static_cast<float>(place - whole)};
 }
 
+void Scale(float weight, const float* source, std::size_t count, float* target) {
+    for (std::size_t i = 0; i < count; ++i)
+        target[i] = weight * source[i];
+}
+
+void AddBoth(float weight, const float* one, const float* other, std::size_t count, float* target) {
+    for (std::size_t i = 0; i < count; ++i)
+        target[i] += weight * (one[i] + other[i]);
+}
+
 } // namespace
 
 double BlurPixels(double distanceUm) {
@@ -50,9 +60,21 @@ BlurPlan PlanBlur(double blurPixels) {
 void GaussianBlur::Apply(double sigmaSamples, int width, int height, std::vector<float>& samples) {
     if (!(sigmaSamples > 0.0) || width <= 0 || height <= 0)
         return;
+    const auto columns = static_cast<std::size_t>(width);
+    const auto rows = static_cast<std::size_t>(height);
+    MakeKernel(sigmaSamples);
+    m_across.resize(columns * rows);
+    for (std::size_t row = 0; row < rows; ++row)
+        BlurAcross(samples.data() + row * columns, columns, m_across.data() + row * columns);
+    for (std::size_t row = 0; row < rows; ++row)
+        BlurDown(row, columns, rows, samples.data() + row * columns);
+}
+
+/// The weights add up to 1, the centre counted once and all others on both sides.
+void GaussianBlur::MakeKernel(double sigmaSamples) {
     const auto reach = static_cast<std::size_t>(std::ceil(kernelReach * sigmaSamples));
     m_kernel.clear();
-    double sum = -1.0; // the centre, 1, is counted once
+    double sum = -1.0;
     for (std::size_t k = 0; k <= reach; ++k) {
         const double distance = static_cast<double>(k) / sigmaSamples;
         m_kernel.push_back(static_cast<float>(std::exp(-0.5 * distance * distance)));
@@ -60,41 +82,24 @@ void GaussianBlur::Apply(double sigmaSamples, int width, int height, std::vector
     }
     for (float& weight : m_kernel)
         weight = static_cast<float>(static_cast<double>(weight) / sum);
+}
 
-    const auto columns = static_cast<std::size_t>(width);
-    const auto rows = static_cast<std::size_t>(height);
-    m_across.resize(columns * rows);
-    m_row.resize(columns + 2 * reach);
-    for (std::size_t row = 0; row < rows; ++row) {
-        const float* const source = samples.data() + row * columns;
-        std::fill_n(m_row.begin(), reach, source[0]);
-        std::copy_n(source, columns, m_row.begin() + static_cast<std::ptrdiff_t>(reach));
-        std::fill_n(m_row.end() - static_cast<std::ptrdiff_t>(reach), reach, source[columns - 1]);
-        float* const target = m_across.data() + row * columns;
-        const float* const centre = m_row.data() + reach;
-        for (std::size_t column = 0; column < columns; ++column)
-            target[column] = m_kernel[0] * centre[column];
-        for (std::size_t k = 1; k <= reach; ++k) {
-            const float* const before = centre - k;
-            const float* const after = centre + k;
-            const float weight = m_kernel[k];
-            for (std::size_t column = 0; column < columns; ++column)
-                target[column] += weight * (before[column] + after[column]);
-        }
-    }
-    for (std::size_t row = 0; row < rows; ++row) {
-        float* const target = samples.data() + row * columns;
-        const float* const centre = m_across.data() + row * columns;
-        for (std::size_t column = 0; column < columns; ++column)
-            target[column] = m_kernel[0] * centre[column];
-        for (std::size_t k = 1; k <= reach; ++k) {
-            const float* const before = m_across.data() + (row - std::min(row, k)) * columns;
-            const float* const after = m_across.data() + std::min(row + k, rows - 1) * columns;
-            const float weight = m_kernel[k];
-            for (std::size_t column = 0; column < columns; ++column)
-                target[column] += weight * (before[column] + after[column]);
-        }
-    }
+void GaussianBlur::BlurAcross(const float* source, std::size_t columns, float* target) {
+    const std::size_t reach = m_kernel.size() - 1;
+    m_row.assign(reach, source[0]);
+    m_row.insert(m_row.end(), source, source + columns);
+    m_row.insert(m_row.end(), reach, source[columns - 1]);
+    const float* const centre = m_row.data() + reach;
+    Scale(m_kernel[0], centre, columns, target);
+    for (std::size_t k = 1; k <= reach; ++k)
+        AddBoth(m_kernel[k], centre - k, centre + k, columns, target);
+}
+
+void GaussianBlur::BlurDown(std::size_t row, std::size_t columns, std::size_t rows, float* target) const {
+    Scale(m_kernel[0], m_across.data() + row * columns, columns, target);
+    for (std::size_t k = 1; k < m_kernel.size(); ++k)
+        AddBoth(m_kernel[k], m_across.data() + (row - std::min(row, k)) * columns,
+                m_across.data() + std::min(row + k, rows - 1) * columns, columns, target);
 }
 
 void EnlargeToFrame(const BlurPlan& plan, const std::vector<float>& plane, int planeWidth,

@@ -28,6 +28,10 @@ public:
     void Apply(double sigmaSamples, int width, int height, std::vector<float>& samples);
 
 private:
+    void MakeKernel(double sigmaSamples);
+    void BlurAcross(const float* source, std::size_t columns, float* target);
+    void BlurDown(std::size_t row, std::size_t columns, std::size_t rows, float* target) const;
+
     std::vector<float> m_kernel; // from the centre out
     std::vector<float> m_row;
     std::vector<float> m_across;

@@ -14,9 +14,12 @@
 #include "twin/wafer.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <exception>
 #include <iostream>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -104,11 +107,8 @@ ExitCode Run(const TwinOptions& options) {
     return options.renderFile.empty() ? Serve(options, wafer) : RenderPicture(options, wafer);
 }
 
-} // namespace
-
-int main(int argumentCount, char** arguments) {
-    const std::vector<std::string_view> words(arguments + std::min(argumentCount, 1),
-                                              arguments + argumentCount);
+ExitCode Start(std::span<char*> arguments) {
+    const std::vector<std::string_view> words(arguments.begin(), arguments.end());
     const auto parsed = ParseTwinOptions(words);
     if (const TwinOptionError* const error = std::get_if<TwinOptionError>(&parsed))
         return Refuse(error->reason);
@@ -120,4 +120,16 @@ int main(int argumentCount, char** arguments) {
     else
         return Run(options);
     return Done;
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    try {
+        return Start(
+            std::span(arguments, static_cast<std::size_t>(argumentCount)).subspan(argumentCount > 0 ? 1 : 0));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tessaro-twin: %s\n", error.what());
+        return CouldNot;
+    }
 }

@@ -89,23 +89,26 @@ void Count(const std::vector<FlakeInFrame>& flakes, const PictureReport& report,
     }
 }
 
-TEST(TwinFlakes, OfOneLayerAreFramedAndHardlyAnythingElseIs) {
+/// Looks at fields in rows and columns of one wafer.
+void LookAt(const Wafer& wafer, std::uint64_t noiseSeed, Tally& tally) {
     Settings settings;
     settings.scoreThreshold = threshold;
-    Tally tally;
+    SensorRenderer renderer(wafer);
     std::vector<std::uint8_t> mosaic(twinMosaicBytes);
     FrameBuffer frame;
-    for (std::uint64_t seed = 1; seed <= SeedCount(); ++seed) {
-        const Wafer wafer({.seed = seed});
-        SensorRenderer renderer(wafer);
-        for (int field = 0; field < fieldsPerSide * fieldsPerSide; ++field) {
-            const StagePosition position = {1000.0 + fieldPitchUm * (field % fieldsPerSide),
-                                            1000.0 + fieldPitchUm * (field / fieldsPerSide), 0.0};
-            renderer.Render(position, {}, seed, mosaic);
+    for (int row = 0; row < fieldsPerSide; ++row)
+        for (int column = 0; column < fieldsPerSide; ++column) {
+            const StagePosition position = {1000.0 + fieldPitchUm * column, 1000.0 + fieldPitchUm * row, 0.0};
+            renderer.Render(position, {}, noiseSeed, mosaic);
             MosaicToFrame(mosaic, frame);
             Count(FlakesInFrame(wafer, position), AnalyzeFrame(frame, settings, nullptr), tally);
         }
-    }
+}
+
+TEST(TwinFlakes, OfOneLayerAreFramedAndHardlyAnythingElseIs) {
+    Tally tally;
+    for (std::uint64_t seed = 1; seed <= SeedCount(); ++seed)
+        LookAt(Wafer({.seed = seed}), seed, tally);
     std::cout << tally << ", threshold " << threshold << "\n";
     EXPECT_GE(tally.known, static_cast<int>(SeedCount()));
     EXPECT_GE(tally.found, tally.known * 0.95) << tally;

@@ -5,7 +5,6 @@
 #include "platform/aravis/image_of_buffer.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace tessaro {
@@ -91,11 +90,7 @@ void AravisCamera::Open() {
         if (AskCamera(*place.address) == CameraAnswer::Controlled)
             throw CameraError("The camera is controlled by another program");
     }
-    try {
-        m_connection = std::make_unique<AravisConnection>(place.name, place.address);
-    } catch (const std::system_error& error) {
-        throw CameraError(error.what());
-    }
+    m_connection = std::make_unique<AravisConnection>(place.name, place.address);
     m_acquisition = Acquisition::Continuous;
 }
 
@@ -226,13 +221,10 @@ GrabResult AravisCamera::Deliver(AravisConnection& connection, ArvBuffer* buffer
 
 void AravisCamera::CountRetrieved(AravisConnection& connection) {
     --m_remaining;
-    try {
-        if (m_remaining == 0)
-            connection.Ask([](AravisSession& session) { session.Stream().Stop(); });
-        else if (m_acquisition == Acquisition::SingleFrame)
-            connection.Ask([](AravisSession& session) { session.Stream().AskForNext(); });
-    } catch (const CameraError&) { // the image is whole for all that; the next call meets the error
-    }
+    if (m_remaining == 0)
+        connection.StopSending();
+    else if (m_acquisition == Acquisition::SingleFrame)
+        connection.Ask([](AravisSession& session) { session.Stream().AskForNext(); });
 }
 
 GrabResult AravisCamera::GrabOne(std::uint32_t timeoutMilliseconds) {
@@ -255,7 +247,8 @@ void AravisCamera::RegisterConfiguration(Acquisition acquisition) {
 
 void AravisCamera::Release(void* buffer) noexcept {
     auto* image = static_cast<ArvBuffer*>(buffer);
-    if (m_connection != nullptr && m_connection->Session().Stream().Owns(image))
+    // What a lost camera's stream owned may be gone already.
+    if (IsOpen() && m_connection->Session().Stream().Owns(image))
         m_connection->Session().Stream().Recycle(image);
     else
         g_object_unref(image);

@@ -21,6 +21,7 @@ constexpr std::chrono::milliseconds longestCallOfPresentCamera(4'000);
 AravisConnection::AravisConnection(const std::string& name, std::optional<std::uint32_t> address)
     : AravisConnection(std::make_shared<AravisSession>(), address) {
     Ask([name](AravisSession& session) { session.Open(name); });
+    m_open = true;
 }
 
 AravisConnection::AravisConnection(std::shared_ptr<AravisSession> session,
@@ -38,12 +39,26 @@ void AravisConnection::ThrowIfLost() const {
 void AravisConnection::CheckPresence() {
     ThrowIfLost();
     if (m_address) {
-        if (AskCamera(*m_address) == CameraAnswer::Controlled)
+        if (IsPresent(AskCamera(*m_address)))
             return;
         *m_lost = true;
         ThrowIfLost();
     }
     Ask([](AravisSession& session) { GetIntegerFeature(session.Device(), "Width"); });
+}
+
+void AravisConnection::StopSending() {
+    m_begin = steady_clock::now();
+    const auto stop = [session = m_session] {
+        try {
+            session->Stream().Stop();
+        } catch (const CameraLostError&) {
+            *session->LossFlag() = true;
+        } catch (const CameraError&) { // the next start will stop it first
+        }
+    };
+    if (!m_thread.Post(stop, [this] { return IsWorthWaiting(); }))
+        *m_lost = true;
 }
 
 void AravisConnection::Run(std::function<void()> work) {
@@ -64,7 +79,11 @@ bool AravisConnection::IsWorthWaiting() {
     const auto waited = steady_clock::now() - m_begin;
     if (!m_address)
         return waited < longestCall;
-    return waited < longestCallOfPresentCamera && AskCamera(*m_address) != CameraAnswer::None;
+    return waited < longestCallOfPresentCamera && IsPresent(AskCamera(*m_address));
+}
+
+bool AravisConnection::IsPresent(CameraAnswer answer) const {
+    return answer == CameraAnswer::Controlled || (answer == CameraAnswer::Free && !m_open);
 }
 
 } // namespace tessaro

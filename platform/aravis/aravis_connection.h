@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/aravis/gvcp_probe.h"
 #include "platform/aravis/library_thread.h"
 #include "platform/camera_device.h"
 
@@ -46,6 +47,9 @@ public:
         }
     }
 
+    /// Lets the camera stop sending, and waits for nothing. What goes wrong is met by the next call.
+    void StopSending();
+
     /// Throws CameraLostError when the camera does not answer, or answers to nobody.
     void CheckPresence();
     void ThrowIfLost() const;
@@ -57,10 +61,13 @@ private:
     explicit AravisConnection(std::shared_ptr<AravisSession> session, std::optional<std::uint32_t> address);
     void Run(std::function<void()> work);
     bool IsWorthWaiting();
+    /// Nobody controls an open camera but us: where it is free, it was switched off and on, or gave us up.
+    bool IsPresent(CameraAnswer answer) const;
 
     std::optional<std::uint32_t> m_address;
     AravisSession* m_session;                  // the thread's
     std::shared_ptr<std::atomic<bool>> m_lost; // outlives the session
+    bool m_open = false;
     LibraryThread m_thread;
     std::chrono::steady_clock::time_point m_begin; // of the call that runs
 };

@@ -1,5 +1,8 @@
 #include "platform/aravis/library_thread.h"
 
+#include "platform/camera_device.h"
+
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -32,9 +35,13 @@ bool LibraryThread::Ending::WaitUntil(std::chrono::steady_clock::time_point limi
 }
 
 LibraryThread::LibraryThread(std::shared_ptr<void> charge) : m_state(std::make_shared<State>()) {
-    std::thread([state = m_state, charge = std::move(charge)]() mutable {
-        Main(state, std::move(charge));
-    }).detach();
+    try {
+        std::thread([state = m_state, owned = std::move(charge)]() mutable {
+            Main(state, std::move(owned));
+        }).detach();
+    } catch (const std::system_error& error) {
+        throw CameraError(error.what());
+    }
 }
 
 LibraryThread::~LibraryThread() {
@@ -42,11 +49,27 @@ LibraryThread::~LibraryThread() {
 }
 
 bool LibraryThread::Run(std::function<void()> work, const std::function<bool()>& goOnWaiting) {
+    if (!Post(std::move(work), goOnWaiting))
+        return false;
     std::unique_lock lock(m_state->mutex);
-    if (m_state->ending)
+    if (!WaitForIdle(lock, goOnWaiting))
+        return false;
+    if (const std::exception_ptr error = std::exchange(m_state->error, nullptr))
+        std::rethrow_exception(error);
+    return true;
+}
+
+bool LibraryThread::Post(std::function<void()> work, const std::function<bool()>& goOnWaiting) {
+    std::unique_lock lock(m_state->mutex);
+    if (m_state->ending || !WaitForIdle(lock, goOnWaiting))
         return false;
     m_state->work = std::move(work);
     m_state->changed.notify_all();
+    return true;
+}
+
+bool LibraryThread::WaitForIdle(std::unique_lock<std::mutex>& lock,
+                                const std::function<bool()>& goOnWaiting) {
     while (!m_state->changed.wait_for(lock, patience, [&] { return !m_state->work; })) {
         lock.unlock();
         const bool goOn = goOnWaiting();
@@ -56,8 +79,6 @@ bool LibraryThread::Run(std::function<void()> work, const std::function<bool()>&
             return false;
         }
     }
-    if (const std::exception_ptr error = std::exchange(m_state->error, nullptr))
-        std::rethrow_exception(error);
     return true;
 }
 

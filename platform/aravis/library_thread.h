@@ -28,7 +28,7 @@ public:
         std::shared_ptr<State> m_state;
     };
 
-    /// Throws std::system_error when there is no thread to be had.
+    /// Throws CameraError when there is no thread to be had.
     explicit LibraryThread(std::shared_ptr<void> charge);
     /// Tells it to end, and waits for nothing.
     ~LibraryThread();
@@ -40,11 +40,16 @@ public:
     /// every later Run. `work` may use the charge and what it owns itself, nothing of the caller's.
     [[nodiscard]] bool Run(std::function<void()> work, const std::function<bool()>& goOnWaiting);
 
+    /// Has `work`, which must not throw, done there and waits for nothing but the end of earlier work, as Run
+    /// does.
+    [[nodiscard]] bool Post(std::function<void()> work, const std::function<bool()>& goOnWaiting);
+
     /// Tells the thread to end as soon as it is done with its work.
     Ending End();
 
 private:
     using State = Ending::State;
+    bool WaitForIdle(std::unique_lock<std::mutex>& lock, const std::function<bool()>& goOnWaiting);
     static void Main(const std::shared_ptr<State>& state, std::shared_ptr<void> charge);
 
     std::shared_ptr<State> m_state;

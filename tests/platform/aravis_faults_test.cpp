@@ -155,6 +155,15 @@ TEST_F(AravisFaults, ACameraThatWasSwitchedOffAndOnIsNoticed) {
     EXPECT_TRUE(Grab().GrabSucceeded());
 }
 
+TEST_F(AravisFaults, ACameraThatWasSwitchedOffAndOnBetweenGrabsIsNoticed) {
+    EXPECT_TRUE(Grab().GrabSucceeded());
+    m_served.Unplug();
+    m_served.PlugIn();
+    ExpectErrorSoon([&] { Grab(); });
+    m_device->Open();
+    EXPECT_TRUE(Grab().GrabSucceeded());
+}
+
 TEST_F(AravisFaults, ImagesThatAreHeldOutliveTheCamera) {
     const GrabResult held = Grab();
     m_served.Unplug();

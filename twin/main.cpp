@@ -91,13 +91,8 @@ ExitCode Serve(const TwinOptions& options, const Wafer& wafer) {
             return Refuse(error->reason);
         service.faults.push_back(std::get<Fault>(fault));
     }
-    try {
-        ServeTwin(wafer, service);
-        return Done;
-    } catch (const std::exception& error) {
-        Complain(error.what());
-        return CouldNot;
-    }
+    ServeTwin(wafer, service);
+    return Done;
 }
 
 ExitCode Run(const TwinOptions& options) {

@@ -22,10 +22,18 @@ std::string OurText(const Pylon::String_t& text) {
     return text.c_str();
 }
 
-Pylon::IPylonDevice* CreateDevice(const std::string& serialNumber) {
+/// Dots and digits: an address. (Serial numbers have no dots.)
+bool IsAddress(const std::string& camera) {
+    return camera.find('.') != std::string::npos &&
+           camera.find_first_not_of("0123456789.") == std::string::npos;
+}
+
+Pylon::IPylonDevice* CreateDevice(const std::string& camera) {
     Pylon::CDeviceInfo wanted;
-    if (!serialNumber.empty())
-        wanted.SetSerialNumber(VendorText(serialNumber));
+    if (IsAddress(camera))
+        wanted.SetPropertyValue("IpAddress", VendorText(camera));
+    else if (!camera.empty())
+        wanted.SetSerialNumber(VendorText(camera));
     return Pylon::CTlFactory::GetInstance().CreateFirstDevice(wanted);
 }
 
@@ -59,9 +67,9 @@ void Configure(Pylon::CInstantCamera& camera) {
 
 } // namespace
 
-PylonCamera::PylonCamera(std::shared_ptr<void> library, std::string serialNumber)
-    : m_library(std::move(library)), m_serialNumber(std::move(serialNumber)) {
-    WithCameraErrors([this] { m_camera.Attach(CreateDevice(m_serialNumber), Pylon::Cleanup_Delete); });
+PylonCamera::PylonCamera(std::shared_ptr<void> library, std::string camera)
+    : m_library(std::move(library)), m_wanted(std::move(camera)) {
+    WithCameraErrors([this] { m_camera.Attach(CreateDevice(m_wanted), Pylon::Cleanup_Delete); });
 }
 
 void PylonCamera::Open() {
@@ -69,7 +77,7 @@ void PylonCamera::Open() {
         if (m_camera.IsCameraDeviceRemoved())
             m_camera.DestroyDevice();
         if (!m_camera.IsPylonDeviceAttached())
-            m_camera.Attach(CreateDevice(m_serialNumber), Pylon::Cleanup_Delete);
+            m_camera.Attach(CreateDevice(m_wanted), Pylon::Cleanup_Delete);
         if (!m_camera.IsOpen())
             m_camera.Open();
     });

@@ -14,7 +14,7 @@ namespace tessaro {
 class PylonCamera : public CameraDevice, private GrabResult::BufferOwner {
 public:
     /// Creates the camera with this serial number, or the first one for an empty text.
-    PylonCamera(std::shared_ptr<void> library, std::string serialNumber);
+    PylonCamera(std::shared_ptr<void> library, std::string camera);
 
     void Open() override;
     bool IsOpen() const override;
@@ -51,7 +51,7 @@ private:
     void Release(void* buffer) noexcept override;
 
     const std::shared_ptr<void> m_library; // outlives the members below
-    const std::string m_serialNumber;
+    const std::string m_wanted;            // serial number or address; empty: the first one
     Pylon::CBaslerUniversalInstantCamera m_camera;
     int m_maxNumBuffer = 10;
     std::deque<Image> m_images; // those that are held; never shrinks, and grows only before a grab

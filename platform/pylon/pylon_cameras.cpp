@@ -7,7 +7,7 @@
 
 namespace tessaro {
 
-PylonCameras::PylonCameras(std::string serialNumber) : m_serialNumber(std::move(serialNumber)) {}
+PylonCameras::PylonCameras(std::string camera) : m_camera(std::move(camera)) {}
 
 void PylonCameras::Initialize() {
     if (m_library == nullptr)
@@ -17,7 +17,7 @@ void PylonCameras::Initialize() {
 std::unique_ptr<CameraDevice> PylonCameras::CreateFirstDevice() {
     if (m_library == nullptr)
         throw CameraError("The camera runtime has not been started");
-    return std::make_unique<PylonCamera>(m_library, m_serialNumber);
+    return std::make_unique<PylonCamera>(m_library, m_camera);
 }
 
 } // namespace tessaro

@@ -140,9 +140,11 @@ TEST(PylonCameras, ThrowWhenThereIsNoCamera) {
 
 TEST(PylonCameras, TakeTheFirstCameraOrTheOneThatIsAskedFor) {
     PylonMachine machine;
-    PlugIn("40000002")->features["Gain"] = {7.0};
-    const auto gainOf = [](const std::string& serialNumber) {
-        PylonCameras cameras(serialNumber);
+    const auto second = PlugIn("40000002");
+    second->features["Gain"] = {7.0};
+    second->ipAddress = "192.168.3.20";
+    const auto gainOf = [](const std::string& camera) {
+        PylonCameras cameras(camera);
         cameras.Initialize();
         const auto device = cameras.CreateFirstDevice();
         device->Open();
@@ -150,7 +152,9 @@ TEST(PylonCameras, TakeTheFirstCameraOrTheOneThatIsAskedFor) {
     };
     EXPECT_EQ(gainOf(""), 1.5);
     EXPECT_EQ(gainOf("40000002"), 7.0);
+    EXPECT_EQ(gainOf("192.168.3.20"), 7.0);
     EXPECT_THROW(gainOf("40000003"), CameraError);
+    EXPECT_THROW(gainOf("192.168.3.21"), CameraError);
 }
 
 TEST_F(PylonCameraTest, AsksForTheLatestImagesInALoopOfItsOwn) {

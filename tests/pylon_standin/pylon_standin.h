@@ -44,6 +44,7 @@ struct Frame {
 /// A camera on its cable.
 struct Camera {
     std::string serialNumber;
+    std::string ipAddress;
     std::map<std::string, Feature> features;
     std::deque<Frame> frames; // one goes to each call that waits for an image; none is left: it is silent
     bool removed = false;     // for good: a camera that is plugged in again is another one

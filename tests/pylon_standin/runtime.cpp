@@ -40,6 +40,13 @@ CDeviceInfo& CDeviceInfo::SetSerialNumber(const String_t& serialNumber) {
     return *this;
 }
 
+bool CDeviceInfo::SetPropertyValue(const String_t& name, const String_t& value) {
+    if (std::string(name.c_str()) != "IpAddress")
+        return false;
+    m_ipAddress = value;
+    return true;
+}
+
 CTlFactory& CTlFactory::GetInstance() {
     static CTlFactory factory;
     return factory;
@@ -48,9 +55,11 @@ CTlFactory& CTlFactory::GetInstance() {
 IPylonDevice* CTlFactory::CreateFirstDevice(const CDeviceInfo& info) {
     auto& runtime = TheRuntime();
     const std::string wanted = info.GetSerialNumber().c_str();
+    const std::string address = info.GetIpAddress().c_str();
     runtime.Note("CreateFirstDevice", wanted);
     const auto found = std::ranges::find_if(runtime.cameras, [&](const auto& camera) {
-        return !camera->removed && (wanted.empty() || camera->serialNumber == wanted);
+        return !camera->removed && (wanted.empty() || camera->serialNumber == wanted) &&
+               (address.empty() || camera->ipAddress == address);
     });
     if (runtime.started == 0 || found == runtime.cameras.end())
         throw RuntimeException("No device is available or no device contains the provided device info.");

@@ -87,10 +87,14 @@ public:
 class CDeviceInfo {
 public:
     CDeviceInfo& SetSerialNumber(const String_t& serialNumber);
+    /// The stand-in knows "IpAddress" only.
+    bool SetPropertyValue(const String_t& name, const String_t& value);
+    String_t GetIpAddress() const { return m_ipAddress; }
     String_t GetSerialNumber() const { return m_serialNumber; }
 
 private:
     String_t m_serialNumber;
+    String_t m_ipAddress;
 };
 
 struct IPylonDevice {

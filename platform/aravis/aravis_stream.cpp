@@ -63,14 +63,14 @@ AravisStream::AravisStream(ArvCamera* camera) : m_camera(camera), m_device(arv_c
             static_cast<std::uint64_t>(GetIntegerFeature(m_device, "GevTimestampTickFrequency"));
         m_clock = m_tickFrequency > 0 ? DeviceClock::Ticks : DeviceClock::None;
     }
-    m_stream.reset(
-        Checked([&](GError** error) { return arv_camera_create_stream(camera, &OnEvent, this, error); }));
+    m_stream =
+        Checked([&](GError** error) { return arv_camera_create_stream(camera, &OnEvent, this, error); });
     if (m_stream == nullptr)
         throw CameraError("The camera has no stream");
 }
 
 AravisStream::~AravisStream() {
-    m_stream.reset();
+    g_object_unref(m_stream); // waits for the stream's thread
 }
 
 void AravisStream::Start(int maxWaiting) {
@@ -105,10 +105,9 @@ ArvBuffer* AravisStream::Take(microseconds limit) {
     const auto end = steady_clock::now() + limit;
     while (true) {
         const auto left = duration_cast<microseconds>(end - steady_clock::now());
-        ArvBuffer* buffer =
-            left.count() > 0
-                ? arv_stream_timeout_pop_buffer(m_stream.get(), static_cast<guint64>(left.count()))
-                : arv_stream_try_pop_buffer(m_stream.get());
+        ArvBuffer* buffer = left.count() > 0
+                                ? arv_stream_timeout_pop_buffer(m_stream, static_cast<guint64>(left.count()))
+                                : arv_stream_try_pop_buffer(m_stream);
         if (buffer == nullptr)
             return nullptr;
         ++m_held;
@@ -126,7 +125,7 @@ void AravisStream::Recycle(ArvBuffer* buffer) {
     --m_held;
     arv_buffer_set_timestamp(buffer, 0);
     arv_buffer_set_system_timestamp(buffer, 0);
-    arv_stream_push_buffer(m_stream.get(), buffer);
+    arv_stream_push_buffer(m_stream, buffer);
 }
 
 void AravisStream::OnEvent(void* stream, ArvStreamCallbackType type, ArvBuffer*) {
@@ -136,12 +135,12 @@ void AravisStream::OnEvent(void* stream, ArvStreamCallbackType type, ArvBuffer*)
 
 void AravisStream::LetOldestGiveWay() {
     gint waiting = 0;
-    arv_stream_get_n_buffers(m_stream.get(), nullptr, &waiting);
+    arv_stream_get_n_buffers(m_stream, nullptr, &waiting);
     for (int allowed = std::max(0, m_maxWaiting - m_held); waiting > allowed; --waiting) {
-        ArvBuffer* oldest = arv_stream_try_pop_buffer(m_stream.get());
+        ArvBuffer* oldest = arv_stream_try_pop_buffer(m_stream);
         if (oldest == nullptr)
             return;
-        arv_stream_push_buffer(m_stream.get(), oldest);
+        arv_stream_push_buffer(m_stream, oldest);
     }
 }
 
@@ -153,19 +152,19 @@ void AravisStream::PrepareBuffers(int maxWaiting) {
     if (payload == m_payload && maxWaiting == m_maxWaiting)
         return;
     m_payload = 0; // until all are there
-    arv_stream_stop_thread(m_stream.get(), TRUE);
-    arv_stream_start_thread(m_stream.get());
+    arv_stream_stop_thread(m_stream, TRUE);
+    arv_stream_start_thread(m_stream);
     m_generation = ++lastGeneration;
     m_held = 0;
     m_maxWaiting = maxWaiting;
     for (int count = 0; count < maxWaiting + buffersInFlight; ++count)
-        arv_stream_push_buffer(m_stream.get(), NewBuffer(payload, m_generation));
+        arv_stream_push_buffer(m_stream, NewBuffer(payload, m_generation));
     m_payload = payload;
 }
 
 void AravisStream::Forget() {
-    while (ArvBuffer* buffer = arv_stream_try_pop_buffer(m_stream.get()))
-        arv_stream_push_buffer(m_stream.get(), buffer);
+    while (ArvBuffer* buffer = arv_stream_try_pop_buffer(m_stream))
+        arv_stream_push_buffer(m_stream, buffer);
 }
 
 void AravisStream::NoteStart() {

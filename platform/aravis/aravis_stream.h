@@ -69,7 +69,7 @@ private:
     std::atomic<int> m_maxWaiting = 0;
     std::atomic<int> m_held = 0;
 
-    ObjectPointer<ArvStream> m_stream; // its thread calls OnEvent until it is gone
+    ArvStream* m_stream = nullptr; // its thread reads this until the stream is gone
 };
 
 } // namespace tessaro

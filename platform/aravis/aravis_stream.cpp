@@ -193,7 +193,8 @@ bool AravisStream::IsOfThisGrab(ArvBuffer* buffer) const {
         return false;
     if (m_clock != DeviceClock::None && arv_buffer_get_timestamp(buffer) >= m_startOfDevice)
         return true;
-    // Without a clock to compare with, an image of this grab cannot arrive before it was exposed.
+    // Without a clock to compare with, an image of this grab cannot arrive before it was exposed. That is
+    // less sure: an earlier one that was held up for as long as that is taken for a new one.
     const auto allowance = m_clock == DeviceClock::None ? microseconds(0) : microseconds(longestTransfer);
     return arrival >= m_startOfProgram + m_exposure + allowance;
 }

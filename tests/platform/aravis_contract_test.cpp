@@ -1,4 +1,5 @@
 #include "platform/aravis/aravis_cameras.h"
+#include "support/background_program.h"
 #include "tests/platform/camera_device_contract.h"
 #include "twin/camera/gige_camera.h"
 
@@ -44,8 +45,7 @@ TEST(AravisOnTwin, SendsNoImageThatWasBegunBeforeTheGrab) {
         // begins.
         const int begun = machine.framesBegun;
         device->StartGrabbing(2);
-        while (machine.framesBegun < begun + 2) {
-        }
+        ASSERT_TRUE(Eventually([&] { return machine.framesBegun >= begun + 2; }));
         machine.seen = static_cast<std::uint8_t>(round);
         device->StartGrabbing(1);
         const GrabResult result = device->RetrieveResult(10'000);

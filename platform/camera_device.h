@@ -85,7 +85,8 @@ class CameraDevice {
 public:
     virtual ~CameraDevice() = default;
 
-    /// Nothing when it is open already. A camera that was lost is looked for anew.
+    /// An open camera stays open, and only its image is set to the whole sensor again. One that was lost is
+    /// looked for anew.
     virtual void Open() = 0;
     virtual bool IsOpen() const = 0;
 

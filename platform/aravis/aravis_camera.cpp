@@ -80,8 +80,13 @@ void AravisCamera::WaitForTearDown(milliseconds limit) {
 }
 
 void AravisCamera::Open() {
-    if (IsOpen())
+    if (IsOpen()) {
+        if (!IsGrabbing())
+            Connected([](AravisConnection& connection) {
+                connection.Ask([](AravisSession& session) { session.SelectWholeSensor(); });
+            });
         return;
+    }
     LetGo();
     ForgetTornDown();
     const CameraPlace place = m_search.Find();
@@ -140,8 +145,12 @@ std::int64_t AravisCamera::GetInteger(std::string_view feature) {
 }
 
 void AravisCamera::SetInteger(std::string_view feature, std::int64_t value) {
-    OnDevice(
-        [name = std::string(feature), value](ArvDevice* device) { SetIntegerFeature(device, name, value); });
+    Connected([&](AravisConnection& connection) {
+        connection.Ask([name = std::string(feature), value](AravisSession& session) {
+            SetIntegerFeature(session.Device(), name, value);
+            session.Stream().NoteSize();
+        });
+    });
 }
 
 IntegerRange AravisCamera::GetIntegerRange(std::string_view feature) {

@@ -86,6 +86,8 @@ void AravisSession::SelectWholeSensor() {
     for (const char* size : {"Width", "Height"})
         if (IsFeatureWritable(Device(), size))
             SetIntegerFeature(Device(), size, GetIntegerFeatureRange(Device(), size).maximum);
+    if (m_stream != nullptr)
+        m_stream->NoteSize();
 }
 
 } // namespace tessaro

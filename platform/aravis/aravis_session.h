@@ -23,6 +23,8 @@ public:
     /// Finds the camera, takes control of it and prepares it to send whole frames.
     void Open(const std::string& name);
 
+    void SelectWholeSensor();
+
     ArvCamera* Camera() const { return m_camera.get(); }
     ArvDevice* Device() const { return arv_camera_get_device(m_camera.get()); }
     AravisStream& Stream() { return *m_stream; }
@@ -35,7 +37,6 @@ private:
     void WatchControl();
     void TakeControl();
     void ChoosePacketSize();
-    void SelectWholeSensor();
 
     std::shared_ptr<Flag> m_lost = std::make_shared<Flag>(false);
     gulong m_watch = 0;

@@ -67,17 +67,21 @@ AravisStream::AravisStream(ArvCamera* camera) : m_camera(camera), m_device(arv_c
         Checked([&](GError** error) { return arv_camera_create_stream(camera, &OnEvent, this, error); });
     if (m_stream == nullptr)
         throw CameraError("The camera has no stream");
+    NoteSize();
 }
 
 AravisStream::~AravisStream() {
     g_object_unref(m_stream); // waits for the stream's thread
 }
 
+void AravisStream::NoteSize() {
+    m_width = static_cast<int>(GetIntegerFeature(m_device, "Width"));
+    m_height = static_cast<int>(GetIntegerFeature(m_device, "Height"));
+}
+
 void AravisStream::Start(int maxWaiting) {
     Stop();
     PrepareBuffers(maxWaiting);
-    m_width = static_cast<int>(GetIntegerFeature(m_device, "Width"));
-    m_height = static_cast<int>(GetIntegerFeature(m_device, "Height"));
     m_exposure = microseconds(0);
     if (Checked([&](GError** error) { return arv_camera_is_exposure_time_available(m_camera, error); }) !=
         FALSE)

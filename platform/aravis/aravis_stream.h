@@ -19,6 +19,10 @@ public:
     AravisStream(const AravisStream&) = delete;
     AravisStream& operator=(const AravisStream&) = delete;
 
+    /// (library) Takes the size that the camera is set to for the one that images must have. Whoever sets it
+    /// through us means it; otherwise it is that of the opening, and images of another would be wrong
+    /// pictures.
+    void NoteSize();
     /// (library) Forgets all images and lets the camera send, as its features are now. At most `maxWaiting`
     /// images wait or are held at a time; the oldest that waits gives way.
     void Start(int maxWaiting);
@@ -36,9 +40,9 @@ public:
     /// No image can come until one is given back.
     bool AreAllHeld() const { return m_held >= m_maxWaiting; }
 
-    // As they were at the last Start.
     int Width() const { return m_width; }
     int Height() const { return m_height; }
+    /// At the last Start.
     std::chrono::microseconds ExposureTime() const { return m_exposure; }
 
 private:

@@ -65,7 +65,8 @@ TEST(ProgramOptions, SayWhichOptionNeedsAValue) {
 
 TEST(ProgramOptions, RefuseValuesThatNobodyKnows) {
     EXPECT_EQ(Error({"--camera="}), "--camera needs a value");
-    EXPECT_EQ(Error({"--camera-runtime", "usb"}), "--camera-runtime: only 'pylon' and 'aravis' are known, not 'usb'");
+    EXPECT_EQ(Error({"--camera-runtime", "usb"}),
+              "--camera-runtime: only 'pylon' and 'aravis' are known, not 'usb'");
     EXPECT_EQ(Error({"--stage-port=none=1"}), "--stage-port: only 'none' is known, not 'none=1'");
     EXPECT_EQ(Error({"--stage-port", "--help"}), "--stage-port: only 'none' is known, not '--help'");
 }
@@ -79,7 +80,8 @@ TEST(ProgramOptions, RefuseArgumentsThatNobodyKnows) {
 }
 
 TEST(ProgramHelp, NamesEveryOption) {
-    for (const std::string_view option : {"--camera", "--stage-port", "--help", "--version"})
+    for (const std::string_view option :
+         {"--camera ", "--camera-runtime", "--stage-port", "--help", "--version"})
         EXPECT_NE(ProgramHelp().find(option), std::string_view::npos) << option;
 }
 

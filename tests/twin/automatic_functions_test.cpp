@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace tessaro {
@@ -37,6 +38,8 @@ private:
     std::array<double, 3> m_tint; // red, green, blue
 };
 
+constexpr double usualTarget = 147.5; // 255 * 0.3^(1 / 2.2), the level of a brightness of 0.3
+
 /// Frames until nothing is adjusted any more, at most 30.
 int FramesUntilOff(CameraSettings& settings, const EvenScene& scene, AutomaticMode CameraSettings::*mode) {
     int frames = 0;
@@ -58,19 +61,28 @@ TEST(AutomaticFunctions, LeaveEverythingAloneWhenOff) {
 TEST(AutomaticFunctions, ExposureOnceReachesTheTargetInAFewFramesAndGoesBackToOff) {
     for (const double level : {20.0, 140.0, 4000.0}) {
         CameraSettings settings;
-        settings.targetBrightness = 0.3;
         settings.exposureAuto = AutomaticMode::Once;
         EXPECT_LE(FramesUntilOff(settings, EvenScene(level), &CameraSettings::exposureAuto), 8) << level;
-        EXPECT_NEAR(EvenScene(level).Mosaic(settings.exposure)[0], 0.3 * 255.0, 3.0) << level;
+        EXPECT_NEAR(EvenScene(level).Mosaic(settings.exposure)[0], usualTarget, 3.0) << level;
+    }
+}
+
+TEST(AutomaticFunctions, BrightnessIsThatOfAScreen) {
+    for (const auto& [brightness, level] :
+         {std::pair{0.2176, 127.5}, {0.5, 186.1}, {0.8, 230.4}}) { // 255 * b^(1 / 2.2)
+        CameraSettings settings;
+        settings.targetBrightness = brightness;
+        settings.exposureAuto = AutomaticMode::Once;
+        FramesUntilOff(settings, EvenScene(140.0), &CameraSettings::exposureAuto);
+        EXPECT_NEAR(EvenScene(140.0).Mosaic(settings.exposure)[0], level, 4.0) << brightness;
     }
 }
 
 TEST(AutomaticFunctions, GainOnceReachesTheTargetAndGoesBackToOff) {
     CameraSettings settings;
-    settings.targetBrightness = 0.3;
     settings.gainAuto = AutomaticMode::Once;
     EXPECT_LE(FramesUntilOff(settings, EvenScene(20.0), &CameraSettings::gainAuto), 5);
-    EXPECT_NEAR(EvenScene(20.0).Mosaic(settings.exposure)[0], 0.3 * 255.0, 3.0);
+    EXPECT_NEAR(EvenScene(20.0).Mosaic(settings.exposure)[0], usualTarget, 3.0);
     EXPECT_EQ(settings.exposure.exposureTimeUs, 10'000.0);
 }
 
@@ -90,7 +102,7 @@ TEST(AutomaticFunctions, GainMakesUpForWhatTheExposureTimeCannotReach) {
     for (int frame = 0; frame < 5; ++frame)
         AdjustAutomatically(settings, dark.Mosaic(settings.exposure), false);
     EXPECT_EQ(settings.exposure.exposureTimeUs, exposureTimeBoundsUs.maximum);
-    EXPECT_NEAR(settings.exposure.gainDb, 20.0 * std::log10(127.5 / 80.0), 0.3);
+    EXPECT_NEAR(settings.exposure.gainDb, 20.0 * std::log10(usualTarget / 80.0), 0.3);
 }
 
 TEST(AutomaticFunctions, ContinuousKeepsAdjustingWhenTheLightChanges) {
@@ -99,7 +111,7 @@ TEST(AutomaticFunctions, ContinuousKeepsAdjustingWhenTheLightChanges) {
     for (const double level : {140.0, 35.0, 200.0}) {
         for (int frame = 0; frame < 6; ++frame)
             AdjustAutomatically(settings, EvenScene(level).Mosaic(settings.exposure), false);
-        EXPECT_NEAR(EvenScene(level).Mosaic(settings.exposure)[0], 127.5, 4.0) << level;
+        EXPECT_NEAR(EvenScene(level).Mosaic(settings.exposure)[0], usualTarget, 4.0) << level;
         EXPECT_EQ(settings.exposureAuto, AutomaticMode::Continuous);
     }
 }
@@ -119,7 +131,7 @@ TEST(AutomaticFunctions, NeverReachOffWhenEndless) {
     CameraSettings settings;
     settings.exposureAuto = settings.gainAuto = settings.balanceWhiteAuto = AutomaticMode::Once;
     for (int frame = 0; frame < 20; ++frame)
-        AdjustAutomatically(settings, EvenScene(127.0).Mosaic(settings.exposure), true);
+        AdjustAutomatically(settings, EvenScene(147.0).Mosaic(settings.exposure), true);
     EXPECT_EQ(settings.exposureAuto, AutomaticMode::Once);
     EXPECT_EQ(settings.gainAuto, AutomaticMode::Once);
     EXPECT_EQ(settings.balanceWhiteAuto, AutomaticMode::Once);
@@ -131,15 +143,15 @@ TEST(AutomaticFunctions, LookOnlyAtTheRegionThatDrivesBrightness) {
     settings.regions[0] = {.offsetX = 0, .offsetY = 0, .width = 64, .height = 64};
     std::vector<std::uint8_t> mosaic(twinMosaicBytes, 255);
     for (std::size_t y = 0; y < 64; ++y)
-        std::fill_n(mosaic.begin() + static_cast<std::ptrdiff_t>(y * twinSensorWidth), 64, std::uint8_t{127});
+        std::fill_n(mosaic.begin() + static_cast<std::ptrdiff_t>(y * twinSensorWidth), 64, std::uint8_t{147});
     AdjustAutomatically(settings, mosaic, false);
-    EXPECT_EQ(settings.exposureAuto, AutomaticMode::Off) << "127 of 255 is the target of 0.5";
+    EXPECT_EQ(settings.exposureAuto, AutomaticMode::Off) << "that is at its target";
 }
 
 TEST(AutomaticFunctions, TakeRegionsBeyondTheSensorAsFarAsTheyLieOnIt) {
     CameraSettings settings;
     settings.exposureAuto = AutomaticMode::Continuous;
-    const std::vector<std::uint8_t> mosaic(twinMosaicBytes, 127);
+    const std::vector<std::uint8_t> mosaic(twinMosaicBytes, 147);
     for (const SensorRegion& region :
          {SensorRegion{.offsetX = 1'000'000, .offsetY = 1'000'000},
           SensorRegion{.offsetX = -5, .offsetY = -5, .width = 0, .height = 0},

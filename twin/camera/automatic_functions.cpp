@@ -8,10 +8,10 @@ namespace tessaro {
 namespace {
 
 constexpr double fullScale = 255.0;
-constexpr double brightnessTolerance = 0.02; // relative
+constexpr double levelTolerance = 0.02; // relative
 constexpr double balanceTolerance = 0.01;
 constexpr double largestStep = 4.0; // in one frame; a saturated picture tells no more than "too bright"
-constexpr double saturatedBrightness = 0.95;
+constexpr double saturatedLevel = 0.95 * fullScale;
 constexpr double darkestMean = 0.5; // levels; below, a channel tells nothing
 constexpr int cellStride = 8;       // sensor pixels from one 2 x 2 cell that is looked at to the next
 
@@ -55,6 +55,12 @@ double Kept(double value, const Bounds& bounds) {
     return std::clamp(value, bounds.minimum, bounds.maximum);
 }
 
+/// Brightness is that of a screen which shows the picture.
+double LevelOfBrightness(double brightness) {
+    constexpr double gammaOfScreens = 2.2;
+    return fullScale * std::pow(brightness, 1.0 / gammaOfScreens);
+}
+
 void FinishOnce(AutomaticMode& mode, bool finished) {
     if (finished && mode == AutomaticMode::Once)
         mode = AutomaticMode::Off;
@@ -63,10 +69,10 @@ void FinishOnce(AutomaticMode& mode, bool finished) {
 /// By how much the signal has to grow.
 double BrightnessFactor(const CameraSettings& settings, std::span<const std::uint8_t> mosaic) {
     const ChannelMeans means = MeansOf(mosaic, RegionFor(settings, &SensorRegion::useBrightness));
-    const double brightness = (means[0] + 2.0 * means[1] + means[2]) / 4.0 / fullScale;
-    if (brightness >= saturatedBrightness)
+    const double level = (means[0] + 2.0 * means[1] + means[2]) / 4.0;
+    if (level >= saturatedLevel)
         return 1.0 / largestStep;
-    return std::clamp(settings.targetBrightness / std::max(brightness, darkestMean / fullScale),
+    return std::clamp(LevelOfBrightness(settings.targetBrightness) / std::max(level, darkestMean),
                       1.0 / largestStep, largestStep);
 }
 
@@ -86,7 +92,7 @@ void AdjustBrightness(CameraSettings& settings, std::span<const std::uint8_t> mo
         return;
     double factor = BrightnessFactor(settings, mosaic);
     bool changed = false;
-    if (std::abs(factor - 1.0) > brightnessTolerance) {
+    if (std::abs(factor - 1.0) > levelTolerance) {
         ExposureSettings& exposure = settings.exposure;
         changed = automaticExposure && ScaleWithin(exposure.exposureTimeUs, factor, exposureTimeBoundsUs);
         if (automaticGain) {

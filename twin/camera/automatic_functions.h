@@ -27,7 +27,7 @@ struct CameraSettings {
     AutomaticMode exposureAuto = AutomaticMode::Off;
     AutomaticMode gainAuto = AutomaticMode::Off;
     AutomaticMode balanceWhiteAuto = AutomaticMode::Off;
-    double targetBrightness = 0.5; // 0 to 1, of full scale
+    double targetBrightness = 0.3; // of a screen that shows the picture; 1 is white
     std::array<SensorRegion, 2> regions = {SensorRegion(), SensorRegion{.useBrightness = false}};
 };
 

@@ -17,6 +17,7 @@ using std::chrono::steady_clock;
 
 // One that is being filled and one that comes next, besides those that wait or are held.
 constexpr int buffersInFlight = 2;
+constexpr gint socketBufferBytes = 1 << 25;
 constexpr std::size_t largestPayload = std::size_t{1} << 28;
 // No image is longer on its way. One that comes later is of this grab, whatever its time says.
 constexpr std::chrono::seconds longestTransfer(1);
@@ -68,6 +69,9 @@ AravisStream::AravisStream(ArvCamera* camera) : m_camera(camera), m_device(arv_c
     if (m_stream == nullptr)
         throw CameraError("The camera has no stream");
     NoteSize();
+    if (ARV_IS_GV_STREAM(m_stream)) // as much as the system allows; by itself it asks for one image's samples
+        g_object_set(m_stream, "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+                     socketBufferBytes, nullptr);
 }
 
 AravisStream::~AravisStream() {

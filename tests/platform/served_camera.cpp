@@ -55,6 +55,7 @@ void ServedCamera::Unplug() {
 
 void ServedCamera::Freeze() {
     kill(m_process, SIGSTOP);
+    waitpid(m_process, nullptr, WUNTRACED); // its threads stop one after the other
 }
 
 void ServedCamera::Thaw() {

@@ -30,7 +30,8 @@ private:
                             const std::uint8_t level = seen;
                             ++framesBegun;
                             std::ranges::fill(mosaic, level);
-                        }};
+                        },
+                        SensorSize{320, 240}}; // a few packets: no receiver is too slow for them
     AravisCameras m_cameras{address};
 };
 

@@ -211,12 +211,12 @@ TEST_F(AravisFaults, AnImageWithPacketsMissingIsNoPicture) {
 
 TEST_F(AravisFaults, AnImageOfAnotherSizeIsAnError) {
     m_device->StartGrabbing(1000);
-    m_served.Tell("size 320 240");
+    m_served.Tell("size 160 120");
     const std::string text = ErrorOf([&] {
         while (true)
             m_device->RetrieveResult(timeoutMs);
     });
-    EXPECT_EQ(text, "The camera sent an image of 320 x 240 pixels instead of 640 x 480");
+    EXPECT_EQ(text, "The camera sent an image of 160 x 120 pixels instead of 320 x 240");
     EXPECT_TRUE(m_device->IsOpen());
 }
 

@@ -21,6 +21,12 @@ struct SensorRegion {
     bool useWhiteBalance = true;
 };
 
+/// Pixels that a camera has; what it sends is the upper left part of the scene then.
+struct SensorSize {
+    int width = twinSensorWidth;
+    int height = twinSensorHeight;
+};
+
 /// What the camera is set to.
 struct CameraSettings {
     ExposureSettings exposure;

@@ -138,15 +138,15 @@ void WriteChanges(CameraRegisters& registers, const CameraSettings& before, cons
     WriteMode(registers, reg::balanceWhiteAuto, before.balanceWhiteAuto, after.balanceWhiteAuto);
 }
 
-void WritePowerUpState(CameraRegisters& registers) {
+void WritePowerUpState(CameraRegisters& registers, const SensorSize& sensor) {
     registers.WriteText(reg::vendorName, "Tessaro");
     registers.WriteText(reg::modelName, "Twin");
     registers.WriteText(reg::deviceVersion, "1");
     registers.Write(reg::streamPacketSize, defaultPacketBytes);
-    registers.Write(reg::sensorWidth, twinSensorWidth);
-    registers.Write(reg::sensorHeight, twinSensorHeight);
-    registers.Write(reg::width, twinSensorWidth);
-    registers.Write(reg::height, twinSensorHeight);
+    for (const std::uint32_t width : {reg::sensorWidth, reg::width})
+        registers.Write(width, static_cast<std::uint32_t>(sensor.width));
+    for (const std::uint32_t height : {reg::sensorHeight, reg::height})
+        registers.Write(height, static_cast<std::uint32_t>(sensor.height));
     registers.Write(reg::offsetX, 0);
     registers.Write(reg::offsetY, 0);
     registers.Write(reg::pixelFormat, ARV_PIXEL_FORMAT_BAYER_RG_8);

@@ -34,6 +34,6 @@ CameraSettings ReadSettings(const CameraRegisters& registers);
 void WriteChanges(CameraRegisters& registers, const CameraSettings& before, const CameraSettings& after);
 
 /// Everything as after switching the camera on.
-void WritePowerUpState(CameraRegisters& registers);
+void WritePowerUpState(CameraRegisters& registers, const SensorSize& sensor);
 
 } // namespace tessaro

@@ -4,6 +4,7 @@
 #include "twin/camera/camera_description.h"
 #include "twin/camera/camera_registers.h"
 #include "twin/camera/camera_settings_registers.h"
+#include "twin/camera/idle_priority.h"
 #include "twin/camera/pixel_formats.h"
 
 #include <algorithm>
@@ -88,10 +89,11 @@ ArvGvFakeCamera* Serve(const std::string& address, const std::string& serialNumb
 
 class GigECamera::Server {
 public:
-    Server(const std::string& address, const std::string& serialNumber, const Scene& scene)
+    Server(const std::string& address, const std::string& serialNumber, const Scene& scene,
+           const SensorSize& sensor)
         : m_scene(scene), m_mosaic(twinMosaicBytes), m_server(Serve(address, serialNumber)),
           m_camera(arv_gv_fake_camera_get_fake_camera(m_server)), m_registers(m_camera) {
-        WritePowerUpState(m_registers);
+        WritePowerUpState(m_registers, sensor);
         arv_fake_camera_set_fill_pattern(m_camera, Fill, this);
     }
     Server(const Server&) = delete;
@@ -124,6 +126,7 @@ private:
 
     static void Fill(ArvBuffer* buffer, void* server, guint32 /*exposureTimeUs*/, guint32 /*gain*/,
                      ArvPixelFormat format) {
+        RunWhenIdle(); // this thread sends as well
         static_cast<Server*>(server)->TakeFrame(buffer, format);
     }
 
@@ -174,8 +177,9 @@ private:
     CameraRegisters m_registers;
 };
 
-GigECamera::GigECamera(std::string address, std::string serialNumber, Scene scene)
-    : m_address(std::move(address)), m_serialNumber(std::move(serialNumber)), m_scene(std::move(scene)) {
+GigECamera::GigECamera(std::string address, std::string serialNumber, Scene scene, SensorSize sensor)
+    : m_address(std::move(address)), m_serialNumber(std::move(serialNumber)), m_scene(std::move(scene)),
+      m_sensor(sensor) {
     PlugIn();
 }
 
@@ -205,7 +209,7 @@ void GigECamera::Unplug() {
 void GigECamera::PlugIn() {
     if (m_server != nullptr)
         return;
-    m_server = std::make_unique<Server>(m_address, m_serialNumber, m_scene);
+    m_server = std::make_unique<Server>(m_address, m_serialNumber, m_scene, m_sensor);
     m_server->SetLostPackets(m_lostPackets);
     m_server->SetEndlessAutomatic(m_endlessAutomatic);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "twin/sensor_renderer.h"
+#include "twin/camera/automatic_functions.h"
 
 #include <cstdint>
 #include <functional>
@@ -21,7 +21,7 @@ public:
 
     /// Serves at once. Throws std::runtime_error when the address cannot be used, or another camera is served
     /// there.
-    GigECamera(std::string address, std::string serialNumber, Scene scene);
+    GigECamera(std::string address, std::string serialNumber, Scene scene, SensorSize sensor = {});
     ~GigECamera();
 
     /// Faults. Each stays until it is taken back.
@@ -38,6 +38,7 @@ private:
     std::string m_address;
     std::string m_serialNumber;
     Scene m_scene;
+    SensorSize m_sensor;
     std::unique_ptr<Server> m_server; // none while unplugged
     double m_lostPackets = 0.0;
     bool m_endlessAutomatic = false;

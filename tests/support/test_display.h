@@ -94,6 +94,13 @@ public:
         return std::nullopt;
     }
 
+    /// A few pixels, as a PPM file holds them.
+    std::string PartOfScreen(int x, int y) const {
+        const std::string part = "32x4+" + std::to_string(x) + "+" + std::to_string(y);
+        return RunProgram("import", {"-window", "root", "-depth", "8", "-crop", part, "ppm:-"}, Environment())
+            .output;
+    }
+
     ~TestDisplay() {
         for (const std::filesystem::path& file : m_screenshots) {
             RunProgram("convert", {QuickFile(file), "-define", "png:compression-level=1", file.string()});

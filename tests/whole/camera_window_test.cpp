@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
@@ -25,6 +26,12 @@ constexpr double pixelsPerUm = 2.464;
 constexpr std::array<double, 3> singleLayerContrast = {-12.0, -8.0, -2.0}; // percent: red, green, blue
 constexpr double frameMiddleX = 616.0;
 constexpr double frameMiddleY = 514.0;
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr int liveFramesASecond = 4;
+#else
+constexpr int liveFramesASecond = 8; // of ten, as often as the test can look
+#endif
 
 struct Place {
     double x = 0.0; // um
@@ -145,6 +152,19 @@ protected:
         return {screen->Pixel(imageLeft, imageTop + 300), screen->Pixel(imageLeft + 400, imageTop + 300)};
     }
 
+    /// Noise makes each frame another. Looks as often as it can, about 15 times a second.
+    int FramesWithinASecond() {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+        std::string last;
+        int frames = 0;
+        while (std::chrono::steady_clock::now() < end) {
+            std::string now = display.PartOfScreen(imageLeft + 300, imageTop + 300);
+            frames += now != last ? 1 : 0;
+            last = std::move(now);
+        }
+        return frames;
+    }
+
     void StartOnWafer(const std::string& screenshot) {
         Start();
         ASSERT_TRUE(Eventually([&] { return ShowsWafer(screenshot); }))
@@ -179,13 +199,14 @@ TEST_F(CameraWindow, ShowsTheWaferLiveAndWhereTheStageGoes) {
               "Initial exposure time = 10000 us\n");
 }
 
-TEST_F(CameraWindow, ShowsAFewDifferentFramesASecond) {
+TEST_F(CameraWindow, ShowsNearlyTenFramesASecond) {
     StartOnWafer("live");
-    std::set<std::vector<std::uint8_t>> frames;
+    int most = 0;
     EXPECT_TRUE(Eventually([&] {
-        frames.insert(RowOfPixels());
-        return frames.size() >= 10;
-    })) << "noise makes each frame another";
+        most = std::max(most, FramesWithinASecond());
+        return most >= liveFramesASecond;
+    })) << "at most "
+        << most;
     Exit();
 }
 

@@ -20,6 +20,12 @@ bool IsOnLoopback(ArvGvDevice* device) {
     return g_inet_address_get_is_loopback(const_cast<GInetAddress*>(address)) != FALSE;
 }
 
+// The one that is selected.
+void SwitchTriggerOff(ArvDevice* device) {
+    if (IsFeatureWritable(device, "TriggerMode"))
+        SetEnumerationFeature(device, "TriggerMode", "Off");
+}
+
 } // namespace
 
 AravisSession::~AravisSession() {
@@ -44,6 +50,7 @@ void AravisSession::Open(const std::string& name) {
     TakeControl();
     // Whoever had it before may have left it sending.
     Checked([&](GError** error) { arv_camera_stop_acquisition(m_camera.get(), error); });
+    LetItSendByItself();
     ChoosePacketSize();
     SelectWholeSensor();
     m_stream = std::make_unique<AravisStream>(m_camera.get());
@@ -64,6 +71,20 @@ void AravisSession::TakeControl() {
     Checked([&](GError** error) { return arv_gv_device_take_control(ARV_GV_DEVICE(Device()), error); });
     if (arv_gv_device_is_controller(ARV_GV_DEVICE(Device())) == FALSE)
         throw CameraError("The camera is controlled by another program");
+}
+
+// Whoever had it before may have left it taking single images, or waiting for a trigger.
+void AravisSession::LetItSendByItself() {
+    if (IsFeatureWritable(Device(), "AcquisitionMode"))
+        SetEnumerationFeature(Device(), "AcquisitionMode", "Continuous");
+    if (!IsFeatureWritable(Device(), "TriggerSelector")) {
+        SwitchTriggerOff(Device());
+        return;
+    }
+    for (const std::string& trigger : SettableFeatureValues(Device(), "TriggerSelector")) {
+        SetEnumerationFeature(Device(), "TriggerSelector", trigger);
+        SwitchTriggerOff(Device());
+    }
 }
 
 void AravisSession::ChoosePacketSize() {

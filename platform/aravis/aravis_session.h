@@ -36,6 +36,7 @@ public:
 private:
     void WatchControl();
     void TakeControl();
+    void LetItSendByItself();
     void ChoosePacketSize();
 
     std::shared_ptr<Flag> m_lost = std::make_shared<Flag>(false);

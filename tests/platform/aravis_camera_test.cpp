@@ -44,6 +44,18 @@ TEST_F(AravisCameraTest, IsSetToTheWholeSensor) {
     EXPECT_EQ(result.GetBuffer().size(), 320u * 240u);
 }
 
+TEST_F(AravisCameraTest, SendsOneImageAfterTheOtherHoweverItWasLeft) {
+    m_device->RegisterConfiguration(Acquisition::SingleFrame);
+    m_device->SetEnumeration("TriggerMode", "On");
+    m_device.reset();
+    m_device = OpenCamera();
+    EXPECT_EQ(m_device->GetEnumeration("AcquisitionMode"), "Continuous");
+    EXPECT_EQ(m_device->GetEnumeration("TriggerMode"), "Off");
+    m_device->StartGrabbing(4);
+    for (int image = 0; image < 4; ++image)
+        EXPECT_TRUE(m_device->RetrieveResult(timeoutMs).GrabSucceeded()) << image;
+}
+
 TEST_F(AravisCameraTest, SendsTheLatestWhenNobodyFetchedTheEarlier) {
     m_device->SetMaxNumBuffer(2);
     m_device->StartGrabbing(3);

@@ -55,6 +55,8 @@ template<typename Question>
 bool AravisCamera::Answers(Question question) {
     try {
         return IsOpen() && OnDevice(std::move(question));
+    } catch (const CameraLostError&) {
+        throw;
     } catch (const CameraError&) {
         return false;
     }
@@ -166,6 +168,7 @@ void AravisCamera::SetBoolean(std::string_view feature, bool value) {
 void AravisCamera::SetMaxNumBuffer(int count) {
     if (count < 1 || count > mostBuffers)
         throw CameraError("The number of buffers is out of range");
+    Connected([](AravisConnection& connection) { connection.ThrowIfLost(); });
     m_maxNumBuffer = count;
 }
 

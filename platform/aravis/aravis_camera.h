@@ -45,6 +45,7 @@ private:
     auto Connected(Use use);
     template<typename Call>
     auto OnDevice(Call call);
+    /// False for a camera that is not open, and one that has no such feature.
     template<typename Question>
     bool Answers(Question question);
     void LetGo() noexcept;

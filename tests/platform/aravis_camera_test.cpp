@@ -112,6 +112,11 @@ TEST_F(AravisCameraTest, RefusesNumbersOfBuffersThatMakeNoSense) {
         EXPECT_THROW(m_device->SetMaxNumBuffer(count), CameraError) << count;
 }
 
+TEST_F(AravisCameraTest, TakesNoNumberOfBuffersBeforeItIsOpen) {
+    const auto closed = AravisCameras(ServedCamera::address).CreateFirstDevice();
+    EXPECT_THROW(closed->SetMaxNumBuffer(1), CameraError);
+}
+
 TEST_F(AravisCameraTest, RefusesToGrabNothing) {
     for (const int count : {0, -1})
         EXPECT_THROW(m_device->StartGrabbing(count), CameraError) << count;

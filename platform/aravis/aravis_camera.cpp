@@ -5,6 +5,7 @@
 #include "platform/aravis/image_of_buffer.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace tessaro {
@@ -51,6 +52,18 @@ auto AravisCamera::OnDevice(Call call) {
     });
 }
 
+template<typename Use>
+auto AravisCamera::OrEndGrab(Use use) {
+    return Connected([&](AravisConnection& connection) {
+        try {
+            return use(connection);
+        } catch (...) {
+            EndGrab(connection);
+            throw;
+        }
+    });
+}
+
 template<typename Question>
 bool AravisCamera::Answers(Question question) {
     try {
@@ -83,10 +96,13 @@ void AravisCamera::WaitForTearDown(milliseconds limit) {
 
 void AravisCamera::Open() {
     if (IsOpen()) {
-        if (!IsGrabbing())
-            Connected([](AravisConnection& connection) {
-                connection.Ask([](AravisSession& session) { session.SelectWholeSensor(); });
+        m_remaining = 0;
+        Connected([](AravisConnection& connection) {
+            connection.Ask([](AravisSession& session) {
+                session.Stream().Stop(); // a camera that sends keeps its size
+                session.SelectWholeSensor();
             });
+        });
         return;
     }
     LetGo();
@@ -176,7 +192,7 @@ void AravisCamera::StartGrabbing(int count) {
     if (count < 1)
         throw CameraError("There is nothing to grab");
     m_remaining = 0;
-    Connected([&](AravisConnection& connection) {
+    OrEndGrab([&](AravisConnection& connection) {
         connection.Ask(
             [maxWaiting = m_maxNumBuffer](AravisSession& session) { session.Stream().Start(maxWaiting); });
     });
@@ -184,16 +200,23 @@ void AravisCamera::StartGrabbing(int count) {
 }
 
 GrabResult AravisCamera::RetrieveResult(std::uint32_t timeoutMilliseconds) {
-    return Connected([&](AravisConnection& connection) {
+    Connected([&](AravisConnection& connection) {
         if (!IsGrabbing())
             throw CameraError("No grab is running");
         if (connection.Session().Stream().AreAllHeld())
             throw CameraError("All images that the camera may have are held");
-        return WaitForResult(connection, timeoutMilliseconds);
     });
+    auto result = OrEndGrab([&](AravisConnection& connection) -> std::optional<GrabResult> {
+        if (ArvBuffer* buffer = WaitForImage(connection, timeoutMilliseconds))
+            return Deliver(connection, buffer);
+        return std::nullopt;
+    });
+    if (!result)
+        throw CameraError("No image came in time"); // it may come yet
+    return std::move(*result);
 }
 
-GrabResult AravisCamera::WaitForResult(AravisConnection& connection, std::uint32_t timeoutMilliseconds) {
+ArvBuffer* AravisCamera::WaitForImage(AravisConnection& connection, std::uint32_t timeoutMilliseconds) {
     const auto begin = steady_clock::now();
     const bool unlimited = timeoutMilliseconds == waitWithoutLimit;
     const auto limit = begin + milliseconds(timeoutMilliseconds);
@@ -205,10 +228,10 @@ GrabResult AravisCamera::WaitForResult(AravisConnection& connection, std::uint32
             unlimited ? slice
                       : std::clamp(std::chrono::ceil<milliseconds>(limit - now), milliseconds(0), slice);
         if (ArvBuffer* buffer = stream.Take(left))
-            return Deliver(connection, buffer);
+            return buffer;
         connection.ThrowIfLost();
         if (!unlimited && steady_clock::now() >= limit)
-            throw CameraError("No image came in time");
+            return nullptr;
         if (steady_clock::now() >= questionable) {
             connection.CheckPresence();
             questionable = steady_clock::now() + transferTime;
@@ -223,7 +246,6 @@ GrabResult AravisCamera::Deliver(AravisConnection& connection, ArvBuffer* buffer
         image = ImageOf(buffer, stream.Width(), stream.Height());
     } catch (...) {
         stream.Recycle(buffer);
-        CountRetrieved(connection);
         throw;
     }
     GrabResult result(image, this, buffer);
@@ -239,12 +261,19 @@ void AravisCamera::CountRetrieved(AravisConnection& connection) {
         connection.Ask([](AravisSession& session) { session.Stream().AskForNext(); });
 }
 
+void AravisCamera::EndGrab(AravisConnection& connection) {
+    m_remaining = 0;
+    if (!connection.IsLost())
+        connection.StopSending();
+}
+
 GrabResult AravisCamera::GrabOne(std::uint32_t timeoutMilliseconds) {
     StartGrabbing(1);
     try {
         return RetrieveResult(timeoutMilliseconds);
     } catch (const CameraError&) {
-        m_remaining = 0;
+        if (IsGrabbing())
+            EndGrab(*m_connection);
         throw;
     }
 }

@@ -45,6 +45,9 @@ private:
     auto Connected(Use use);
     template<typename Call>
     auto OnDevice(Call call);
+    /// The same; ends the grab when it fails.
+    template<typename Use>
+    auto OrEndGrab(Use use);
     /// False for a camera that is not open, and one that has no such feature.
     template<typename Question>
     bool Answers(Question question);
@@ -52,9 +55,11 @@ private:
     void ForgetTornDown();
     void WaitForTearDown(std::chrono::milliseconds limit);
 
-    GrabResult WaitForResult(AravisConnection& connection, std::uint32_t timeoutMilliseconds);
+    /// Null when none comes in time.
+    ArvBuffer* WaitForImage(AravisConnection& connection, std::uint32_t timeoutMilliseconds);
     GrabResult Deliver(AravisConnection& connection, ArvBuffer* buffer);
     void CountRetrieved(AravisConnection& connection);
+    void EndGrab(AravisConnection& connection);
 
     CameraSearch m_search;
     std::unique_ptr<AravisConnection> m_connection;

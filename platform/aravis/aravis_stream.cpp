@@ -105,8 +105,8 @@ void AravisStream::Stop() {
 }
 
 void AravisStream::AskForNext() {
+    m_sending = true; // perhaps even if this fails
     Checked([&](GError** error) { arv_camera_start_acquisition(m_camera, error); });
-    m_sending = true;
 }
 
 ArvBuffer* AravisStream::Take(microseconds limit) {

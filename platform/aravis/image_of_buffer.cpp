@@ -32,9 +32,8 @@ void CheckSize(ArvBuffer* buffer, int width, int height) {
 }
 
 void CheckSamples(ArvBuffer* buffer) {
-    const ArvPixelFormat format = arv_buffer_get_image_pixel_format(buffer);
-    if (ARV_PIXEL_FORMAT_BIT_PER_PIXEL(format) != 8)
-        throw CameraError("The camera sent an image that has not 8 bits a pixel");
+    if (arv_buffer_get_image_pixel_format(buffer) != ARV_PIXEL_FORMAT_BAYER_RG_8)
+        throw CameraError("The camera sent an image that is not BayerRG8");
     gint paddingX = 0;
     gint paddingY = 0;
     arv_buffer_get_image_padding(buffer, &paddingX, &paddingY);

@@ -98,10 +98,13 @@ TEST_F(AravisCameraTest, SendsImagesOfTheSizeThatItIsSetTo) {
     EXPECT_EQ(m_device->RetrieveResult(timeoutMs).GetHeight(), 240);
 }
 
-TEST_F(AravisCameraTest, RefusesImagesThatHaveNot8BitsAPixel) {
-    m_device->SetEnumeration("PixelFormat", "Mono16");
-    m_device->StartGrabbing(1);
-    EXPECT_THROW(m_device->RetrieveResult(timeoutMs), CameraError);
+TEST_F(AravisCameraTest, RefusesImagesOfAnotherPixelFormat) {
+    for (const char* format : {"Mono8", "Mono16"}) {
+        m_device->SetEnumeration("PixelFormat", format);
+        m_device->StartGrabbing(1);
+        EXPECT_THROW(m_device->RetrieveResult(timeoutMs), CameraError) << format;
+        EXPECT_FALSE(m_device->IsGrabbing()) << format;
+    }
     m_device->SetEnumeration("PixelFormat", "BayerRG8");
     m_device->StartGrabbing(1);
     EXPECT_TRUE(m_device->RetrieveResult(timeoutMs).GrabSucceeded());

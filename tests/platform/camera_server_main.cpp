@@ -47,6 +47,8 @@ void Prepare(ArvFakeCamera* camera) {
     arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_ACQUISITION_FRAME_PERIOD_US,
                                    framePeriodUs);
     arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_EXPOSURE_TIME_US, exposureTimeUs);
+    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_PIXEL_FORMAT,
+                                   ARV_PIXEL_FORMAT_BAYER_RG_8);
     arv_fake_camera_set_fill_pattern(camera, Fill, camera);
 }
 

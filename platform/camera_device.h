@@ -79,18 +79,19 @@ enum class Acquisition { SingleFrame, Continuous };
 inline constexpr std::uint32_t waitWithoutLimit = 0xFFFFFFFF; // milliseconds
 
 /// A colour camera with features after the GenICam standard, called by their names there (SFNC). Every call
-/// but the questions about features that may be missing throws CameraError when the camera cannot do it, or
-/// is gone.
+/// but IsOpen and IsGrabbing throws CameraError when the camera is gone, and every call but the questions
+/// about features that may be missing when it cannot do it: it can do nothing before it is open.
 class CameraDevice {
 public:
     virtual ~CameraDevice() = default;
 
-    /// An open camera stays open, and only its image is set to the whole sensor again. One that was lost is
-    /// looked for anew.
+    /// A camera that is open already stays so, and only its image is set to the whole sensor again, which may
+    /// end a grab. One that was lost is looked for anew.
     virtual void Open() = 0;
     virtual bool IsOpen() const = 0;
 
-    /// False where there is no such feature, or it cannot be read (written) now.
+    /// False where there is no such feature, where it cannot be read (written) now, and before the camera is
+    /// open. Throws when the camera is gone: whoever asks would else take it for one without the feature.
     virtual bool IsReadable(std::string_view feature) = 0;
     virtual bool IsWritable(std::string_view feature) = 0;
 
@@ -108,11 +109,12 @@ public:
     /// How many images may wait or be held at a time; takes effect with the next grab.
     virtual void SetMaxNumBuffer(int count) = 0;
 
-    /// Begins to take `count` images, and forgets those of an earlier grab: no image that is retrieved is
-    /// older than this call. Images that nobody fetches in time give way to later ones.
+    /// Begins to take `count` images, one at least, and forgets those of an earlier grab: no image that is
+    /// retrieved is older than this call. Images that nobody fetches in time give way to later ones.
     virtual void StartGrabbing(int count) = 0;
 
-    /// True from StartGrabbing until `count` images were retrieved, whole or not.
+    /// True from StartGrabbing until `count` images were retrieved, whole or not, or the grab failed
+    /// otherwise than for lack of time.
     virtual bool IsGrabbing() const = 0;
 
     /// Waits for the next image. Throws when none comes in time.

@@ -112,14 +112,17 @@ private:
         void Open() override {
             m_camera.Note("Open");
             m_open = true;
+            m_toRetrieve = 0;
         }
-        bool IsOpen() const override { return m_open; }
+        bool IsOpen() const override { return m_open && !m_camera.gone; }
 
         bool IsReadable(std::string_view feature) override {
+            m_camera.CheckThere();
             const ScriptedFeature* found = Find(feature);
             return found != nullptr && found->readable;
         }
         bool IsWritable(std::string_view feature) override {
+            m_camera.CheckThere();
             const ScriptedFeature* found = Find(feature);
             return found != nullptr && found->writable;
         }
@@ -165,11 +168,14 @@ private:
 
         void SetMaxNumBuffer(int count) override {
             m_camera.Note("SetMaxNumBuffer", count);
+            CheckOpen();
             m_camera.maximumHeld = count;
         }
         void StartGrabbing(int count) override {
             m_camera.Note("StartGrabbing", count);
             CheckOpen();
+            if (count < 1)
+                throw CameraError("a grab of no image");
             m_toRetrieve = count;
         }
         bool IsGrabbing() const override { return m_toRetrieve > 0; }
@@ -177,6 +183,8 @@ private:
             m_camera.Note("RetrieveResult", timeoutMilliseconds);
             if (m_toRetrieve <= 0)
                 throw CameraError("no grab is under way");
+            if (m_camera.NextIsFault())
+                m_toRetrieve = 0;
             GrabResult result = m_camera.NextImage(timeoutMilliseconds);
             --m_toRetrieve;
             return result;
@@ -190,6 +198,7 @@ private:
         void RegisterConfiguration(Acquisition acquisition) override {
             m_camera.Note("RegisterConfiguration",
                           acquisition == Acquisition::SingleFrame ? "single frame" : "continuous");
+            CheckOpen();
         }
 
     private:
@@ -200,7 +209,7 @@ private:
 
         ScriptedFeature* Find(std::string_view feature) {
             const auto found = m_camera.features.find(feature);
-            const bool known = m_open && !m_camera.gone && found != m_camera.features.end();
+            const bool known = m_open && found != m_camera.features.end();
             return known ? &found->second : nullptr;
         }
 
@@ -240,10 +249,14 @@ private:
         return std::to_string(value);
     }
 
-    template<class... Words>
-    void Note(std::string_view call, const Words&... words) {
+    void CheckThere() const {
         if (gone)
             throw CameraError("the camera does not answer");
+    }
+
+    template<class... Words>
+    void Note(std::string_view call, const Words&... words) {
+        CheckThere();
         if (!remembersCalls)
             return;
         std::string text(call);
@@ -258,6 +271,8 @@ private:
             m_faults.erase(fault);
         throw CameraError("fault at " + text);
     }
+
+    bool NextIsFault() const { return StepsLeft() != 0 && m_script[m_nextStep].kind == Step::Kind::Fault; }
 
     GrabResult NextImage(std::uint32_t timeoutMilliseconds) {
         if (StepsLeft() == 0) {

@@ -12,7 +12,8 @@ namespace {
 // A wait for an image may not end by itself once the camera is gone; between two of these somebody looks.
 constexpr std::uint32_t longestWait = 500; // milliseconds
 
-constexpr std::uint32_t bitsPerSample = 8;
+constexpr const char* widthFeature = "Width";
+constexpr const char* heightFeature = "Height";
 
 Pylon::String_t VendorText(std::string_view text) {
     return Pylon::String_t(std::string(text).c_str());
@@ -46,7 +47,7 @@ auto WithFeature(Pylon::CInstantCamera& camera, std::string_view feature, const 
     });
 }
 
-/// What the vendor's library says to a question; false when it cannot answer.
+/// What the vendor's library says of its own state; false when it cannot answer.
 template<class Question>
 bool Answer(const Question& question) {
     try {
@@ -78,21 +79,52 @@ void PylonCamera::Open() {
             m_camera.DestroyDevice();
         if (!m_camera.IsPylonDeviceAttached())
             m_camera.Attach(CreateDevice(m_wanted), Pylon::Cleanup_Delete);
-        if (!m_camera.IsOpen())
+        if (m_camera.IsGrabbing())
+            m_camera.StopGrabbing();
+        if (!m_camera.IsOpen()) {
+            Configure<Pylon::CAcquireContinuousConfiguration>(m_camera);
             m_camera.Open();
+        }
+        SelectWholeSensor();
     });
+}
+
+/// What cannot be written is fixed. The offsets first: they limit how large the image may be.
+void PylonCamera::SelectWholeSensor() {
+    for (const char* offset : {"OffsetX", "OffsetY"})
+        if (IsWritable(offset))
+            SetInteger(offset, GetIntegerRange(offset).minimum);
+    for (const char* size : {widthFeature, heightFeature})
+        if (IsWritable(size))
+            SetInteger(size, GetIntegerRange(size).maximum);
+    RememberSize();
+}
+
+void PylonCamera::RememberSize() {
+    m_width = GetInteger(widthFeature);
+    m_height = GetInteger(heightFeature);
 }
 
 bool PylonCamera::IsOpen() const {
     return Answer([this] { return m_camera.IsOpen() && !m_camera.IsCameraDeviceRemoved(); });
 }
 
+/// The vendor's library finds no feature in a camera that is gone.
+template<class Question>
+bool PylonCamera::AskAbout(std::string_view feature, const Question& question) {
+    return WithCameraErrors([&] {
+        const bool answer = m_camera.IsOpen() && question(m_camera.GetNodeMap().GetNode(VendorText(feature)));
+        RequireNotRemoved();
+        return answer;
+    });
+}
+
 bool PylonCamera::IsReadable(std::string_view feature) {
-    return Answer([&] { return GenApi::IsReadable(m_camera.GetNodeMap().GetNode(VendorText(feature))); });
+    return AskAbout(feature, [](auto* node) { return GenApi::IsReadable(node); });
 }
 
 bool PylonCamera::IsWritable(std::string_view feature) {
-    return Answer([&] { return GenApi::IsWritable(m_camera.GetNodeMap().GetNode(VendorText(feature))); });
+    return AskAbout(feature, [](auto* node) { return GenApi::IsWritable(node); });
 }
 
 std::string PylonCamera::GetEnumeration(std::string_view feature) {
@@ -134,6 +166,8 @@ std::int64_t PylonCamera::GetInteger(std::string_view feature) {
 void PylonCamera::SetInteger(std::string_view feature, std::int64_t value) {
     WithFeature<Pylon::CIntegerParameter>(m_camera, feature,
                                           [&](auto& parameter) { parameter.SetValue(value); });
+    if (feature == widthFeature || feature == heightFeature)
+        RememberSize();
 }
 
 IntegerRange PylonCamera::GetIntegerRange(std::string_view feature) {
@@ -147,15 +181,26 @@ void PylonCamera::SetBoolean(std::string_view feature, bool value) {
                                           [&](auto& parameter) { parameter.SetValue(value); });
 }
 
+void PylonCamera::RequireNotRemoved() const {
+    if (m_camera.IsCameraDeviceRemoved())
+        throw CameraError("The camera was removed");
+}
+
+void PylonCamera::RequireOpen() const {
+    RequireNotRemoved();
+    if (!m_camera.IsOpen())
+        throw CameraError("The camera is not open");
+}
+
 void PylonCamera::SetMaxNumBuffer(int count) {
+    WithCameraErrors([this] { RequireOpen(); });
     m_maxNumBuffer = count;
 }
 
 /// The vendor's library would open the camera by itself, and refuses a grab, and another number of buffers,
 /// while it grabs.
 void PylonCamera::PrepareGrab() {
-    if (!m_camera.IsOpen())
-        throw CameraError("The camera is not open");
+    RequireOpen();
     if (m_camera.IsGrabbing())
         m_camera.StopGrabbing();
     m_camera.MaxNumBuffer.SetValue(m_maxNumBuffer);
@@ -165,9 +210,11 @@ void PylonCamera::PrepareGrab() {
 }
 
 void PylonCamera::StartGrabbing(int count) {
+    if (count < 1)
+        throw CameraError("A grab is of one image at least");
     WithCameraErrors([&] {
         PrepareGrab();
-        m_camera.StartGrabbing(static_cast<std::size_t>(std::max(count, 0)), Pylon::GrabStrategy_LatestImages,
+        m_camera.StartGrabbing(static_cast<std::size_t>(count), Pylon::GrabStrategy_LatestImages,
                                Pylon::GrabLoop_ProvidedByUser);
     });
 }
@@ -188,48 +235,58 @@ bool PylonCamera::WaitForImage(Image& image, std::uint32_t timeoutMilliseconds) 
     while (left > longestWait && m_camera.IsGrabbing()) {
         if (m_camera.RetrieveResult(longestWait, image, Pylon::TimeoutHandling_Return))
             return true;
-        if (m_camera.IsCameraDeviceRemoved())
-            throw CameraError("The camera was removed");
+        RequireNotRemoved();
         if (timeoutMilliseconds != waitWithoutLimit)
             left -= longestWait;
     }
     return m_camera.RetrieveResult(std::min(left, longestWait), image, Pylon::TimeoutHandling_ThrowException);
 }
 
-template<class Grab>
-GrabResult PylonCamera::Deliver(const Grab& grab) {
+/// A grab that failed is ended: a camera that grabs lets few of its features be set.
+GrabResult PylonCamera::RetrieveResult(std::uint32_t timeoutMilliseconds) {
     return WithCameraErrors([&] {
+        if (!m_camera.IsGrabbing())
+            throw CameraError("No grab is under way");
         Image& image = FreeImage();
         try {
-            if (!grab(image) || !image.IsValid())
+            if (!WaitForImage(image, timeoutMilliseconds) || !image.IsValid())
                 throw CameraError("The camera sent no image");
             return GrabResult(Describe(image), this, &image);
+        } catch (const Pylon::TimeoutException&) {
+            throw; // the image may still come
         } catch (...) {
             image.Release();
+            m_camera.StopGrabbing();
             throw;
         }
     });
 }
 
-GrabResult PylonCamera::RetrieveResult(std::uint32_t timeoutMilliseconds) {
-    return Deliver([&](Image& image) { return WaitForImage(image, timeoutMilliseconds); });
-}
-
+/// The vendor's call of this name does the same, but waits in one piece.
 GrabResult PylonCamera::GrabOne(std::uint32_t timeoutMilliseconds) {
-    WithCameraErrors([this] { PrepareGrab(); });
-    return Deliver([&](Image& image) {
-        return m_camera.GrabOne(timeoutMilliseconds, image, Pylon::TimeoutHandling_ThrowException);
+    WithCameraErrors([this] {
+        PrepareGrab();
+        m_camera.StartGrabbing(1, Pylon::GrabStrategy_OneByOne, Pylon::GrabLoop_ProvidedByUser);
     });
+    try {
+        return RetrieveResult(timeoutMilliseconds);
+    } catch (...) {
+        m_camera.StopGrabbing();
+        throw;
+    }
 }
 
-/// The samples that `image` shares; throws when they are not one byte a pixel without gaps.
+/// The samples that `image` shares; throws when they are not those of the mosaic, one byte each without gaps,
+/// or of another size than the camera was set to.
 GrabResult::Image PylonCamera::Describe(const Image& image) const {
     if (!image->GrabSucceeded())
         return {};
     const std::size_t width = image->GetWidth();
     const std::size_t height = image->GetHeight();
-    if (Pylon::BitPerPixel(image->GetPixelType()) != bitsPerSample || image->GetPaddingX() != 0)
-        throw CameraError("The camera sent an image that is not one byte a pixel");
+    if (image->GetPixelType() != Pylon::PixelType_BayerRG8 || image->GetPaddingX() != 0)
+        throw CameraError("The camera sent an image that is not BayerRG8");
+    if (!std::cmp_equal(width, m_width) || !std::cmp_equal(height, m_height))
+        throw CameraError("The camera sent an image of another size than it was set to");
     if (image->GetBuffer() == nullptr || width * height == 0 || image->GetPayloadSize() < width * height)
         throw CameraError("The camera sent less than a whole image");
     return {true,
@@ -240,6 +297,7 @@ GrabResult::Image PylonCamera::Describe(const Image& image) const {
 
 void PylonCamera::RegisterConfiguration(Acquisition acquisition) {
     WithCameraErrors([&] {
+        RequireOpen();
         if (acquisition == Acquisition::SingleFrame)
             Configure<Pylon::CAcquireSingleFrameConfiguration>(m_camera);
         else

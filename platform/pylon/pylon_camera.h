@@ -42,17 +42,23 @@ public:
 private:
     using Image = Pylon::CGrabResultPtr; // shares a buffer of the runtime's
 
+    template<class Question>
+    bool AskAbout(std::string_view feature, const Question& question);
+    void SelectWholeSensor();
+    void RememberSize();
+    void RequireNotRemoved() const;
+    void RequireOpen() const;
     void PrepareGrab();
     Image& FreeImage();
     bool WaitForImage(Image& image, std::uint32_t timeoutMilliseconds);
-    template<class Grab>
-    GrabResult Deliver(const Grab& grab);
     GrabResult::Image Describe(const Image& image) const;
     void Release(void* buffer) noexcept override;
 
     const std::shared_ptr<void> m_library; // outlives the members below
     const std::string m_wanted;            // serial number or address; empty: the first one
     Pylon::CBaslerUniversalInstantCamera m_camera;
+    std::int64_t m_width = 0; // of the images that it was set to
+    std::int64_t m_height = 0;
     int m_maxNumBuffer = 10;
     std::deque<Image> m_images; // those that are held; never shrinks, and grows only before a grab
 };

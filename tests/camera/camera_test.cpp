@@ -119,6 +119,15 @@ TEST_F(CameraTest, WaitsBetweenGainAndExposureWithMessagesDispatched) {
     EXPECT_EQ(before.back(), "Camera Auto Exposure ");
 }
 
+TEST_F(CameraTest, LosesTheCameraInTheWaitAndDoesNotTakeItForOneWithoutTheFunction) {
+    camera.InitializeCamera();
+    DuringTheWait([&] { scripted.gone = true; });
+    EXPECT_EQ(camera.ControlCamera(1), 0);
+    EXPECT_EQ(Information().back(), nothingThere);
+    EXPECT_EQ(report.str(), "Trying 'GainAuto = Continuous'.\nInitial Gain = 1.5\n");
+    EXPECT_EQ(scripted.calls.back(), "Set GainAuto Continuous");
+}
+
 TEST_F(CameraTest, LeavesThePixelFormatWhereItIsRight) {
     Connect();
     session->camera->SetEnumeration("PixelFormat", "BayerRG8");
@@ -191,14 +200,6 @@ TEST_F(CameraTest, FindsAnotherCameraInTheMiddleOfTheWait) {
     EXPECT_EQ(scripted.held, 0) << "the last image went before its camera";
     EXPECT_TRUE(report.str().ends_with("The camera does not support Exposure Auto.\n"))
         << "the other one is not open yet";
-}
-
-TEST_F(CameraTest, LosesTheCameraInTheMiddleOfTheWait) {
-    Connect();
-    DuringTheWait([&] { scripted.gone = true; });
-    camera.ControlCamera(1);
-    EXPECT_TRUE(report.str().ends_with("The camera does not support Exposure Auto.\n"));
-    EXPECT_EQ(Information().back(), nothingThere);
 }
 
 TEST_F(CameraTest, DoesNothingInOtherModes) {

@@ -81,6 +81,8 @@ TYPED_TEST_P(CameraDeviceContract, CanDoNothingBeforeItIsOpen) {
     EXPECT_FALSE(device.IsGrabbing());
     EXPECT_THROW(device.RetrieveResult(this->shortMs), CameraError);
     EXPECT_THROW(device.GrabOne(this->shortMs), CameraError);
+    EXPECT_THROW(device.SetMaxNumBuffer(10), CameraError);
+    EXPECT_THROW(device.RegisterConfiguration(Acquisition::SingleFrame), CameraError);
 }
 
 TYPED_TEST_P(CameraDeviceContract, KnowsWhichFeaturesThereAre) {
@@ -185,6 +187,14 @@ TYPED_TEST_P(CameraDeviceContract, BeginsAnewWhileItGrabs) {
     EXPECT_FALSE(device.IsGrabbing());
 }
 
+TYPED_TEST_P(CameraDeviceContract, GrabsOneImageAtLeast) {
+    CameraDevice& device = this->Opened();
+    EXPECT_THROW(device.StartGrabbing(0), CameraError);
+    EXPECT_THROW(device.StartGrabbing(-1), CameraError);
+    EXPECT_FALSE(device.IsGrabbing());
+    this->ExpectWholeImage(this->Grabbing(1).RetrieveResult(this->timeoutMs));
+}
+
 TYPED_TEST_P(CameraDeviceContract, KeepsImagesForAsLongAsTheyAreHeld) {
     constexpr int heldCount = 5;
     this->Opened().SetMaxNumBuffer(10);
@@ -256,7 +266,11 @@ TYPED_TEST_P(CameraDeviceContract, ThrowsWhenTheCameraIsGone) {
             },
             CameraError);
         EXPECT_THROW(device.GetFloat("Gain"), CameraError);
-        EXPECT_FALSE(device.IsReadable("Gain"));
+        EXPECT_THROW(device.SetMaxNumBuffer(10), CameraError);
+        EXPECT_THROW(device.RegisterConfiguration(Acquisition::Continuous), CameraError);
+        EXPECT_THROW(device.IsReadable("Gain"), CameraError) << "it is not the feature that is missing";
+        EXPECT_THROW(device.IsWritable("Gain"), CameraError);
+        EXPECT_FALSE(device.IsOpen());
     } else {
         GTEST_SKIP() << "this machine's camera cannot disappear";
     }
@@ -267,7 +281,7 @@ REGISTER_TYPED_TEST_SUITE_P(CameraDeviceContract, OpensOnceAndAgainWithoutHarm, 
                             ThrowsForAFeatureOfAnotherKind, TakesTheValuesOfAnEnumerationAndNoOther,
                             KeepsTheNumbersThatAreSet, KnowsTheRangesOfWholeNumbers,
                             GrabsUntilAsManyImagesWereRetrieved, WaitsForAsLongAsItTakes,
-                            RetrievesNothingWithoutAGrab, BeginsAnewWhileItGrabs,
+                            RetrievesNothingWithoutAGrab, BeginsAnewWhileItGrabs, GrabsOneImageAtLeast,
                             KeepsImagesForAsLongAsTheyAreHeld, GrabsAFrameThatMayBeMovedAbout,
                             TakesOneImageByItself, ChangesBetweenTheKindsOfAcquisition,
                             ThrowsWhenNoImageComesInTime, ThrowsWhenTheCameraIsGone);

@@ -35,14 +35,18 @@ std::shared_ptr<Camera> PlugIn(const std::string& serialNumber) {
     auto camera = std::make_shared<Camera>();
     camera->serialNumber = serialNumber;
     camera->features = {
-        {"PixelFormat", {Enumeration{"Mono8", {"Mono8", "BayerRG8", "BayerRG12"}}}},
-        {"AcquisitionMode", {Enumeration{"Continuous", {"SingleFrame", "Continuous"}}}},
+        {"PixelFormat", {Enumeration{"BayerRG8", {"Mono8", "BayerRG8", "BayerRG12"}}}},
+        {"AcquisitionMode", {Enumeration{"MultiFrame", {"SingleFrame", "Continuous"}}}},
         {"Gain", {1.5}},
         {"ExposureTime", {5000.0}},
-        {"Width", {Integer{frameWidth, 2, frameWidth}}},
-        {"Height", {Integer{frameHeight, 2, frameHeight}}},
+        {"OffsetX", {Integer{2, 0, 4}}},
+        {"OffsetY", {Integer{2, 1, 2}}},
+        {"Width", {Integer{2, 2, frameWidth}}}, // a part of the sensor
+        {"Height", {Integer{2, 2, frameHeight}}},
         {"AutoFunctionROIUseBrightness", {false}},
     };
+    for (const char* feature : {"PixelFormat", "AcquisitionMode", "OffsetX", "OffsetY", "Width", "Height"})
+        camera->features[feature].lockedByGrabs = true;
     TheRuntime().cameras.push_back(camera);
     return camera;
 }
@@ -166,9 +170,90 @@ TEST_F(PylonCameraTest, AsksForTheLatestImagesInALoopOfItsOwn) {
 
 TEST_F(PylonCameraTest, GrabsOneImageWithAnExceptionWhenNoneComes) {
     m_machine.ExpectImages(1);
-    m_device->GrabOne(5000);
-    EXPECT_EQ(TheRuntime().calls.front(), "GrabOne 5000 1");
+    m_device->GrabOne(300);
+    EXPECT_EQ(TheRuntime().calls, (Calls{"StartGrabbing 1 0 1", "RetrieveResult 300 1"}));
     EXPECT_EQ(ErrorOf([this] { m_device->GrabOne(5000); }), "Grab timed out.");
+    EXPECT_FALSE(m_device->IsGrabbing());
+    EXPECT_TRUE(m_device->IsWritable("PixelFormat")) << "nothing is locked";
+}
+
+TEST_F(PylonCameraTest, NoticesWithinAPieceOfTheWaitForOneImageThatTheCameraIsRemoved) {
+    int waits = 0;
+    TheRuntime().onWait = [&] { OnCable().removed = ++waits == 2; };
+    EXPECT_EQ(ErrorOf([this] { m_device->GrabOne(5000); }), "The camera was removed");
+    EXPECT_EQ(waits, 2);
+    EXPECT_FALSE(m_device->IsGrabbing());
+}
+
+TEST_F(PylonCameraTest, AGrabThatFailsIsEndedSoThatFeaturesCanBeSet) {
+    m_device->StartGrabbing(3);
+    EXPECT_FALSE(m_device->IsWritable("PixelFormat"));
+    TheRuntime().faults["RetrieveResult"] = "the buffer is lost";
+    EXPECT_EQ(ErrorOf([this] { m_device->RetrieveResult(100); }), "the buffer is lost");
+    EXPECT_FALSE(m_device->IsGrabbing());
+    m_device->SetEnumeration("PixelFormat", "Mono8");
+    EXPECT_EQ(m_device->GetEnumeration("PixelFormat"), "Mono8");
+}
+
+TEST_F(PylonCameraTest, AnImageThatIsRefusedEndsItsGrab) {
+    Frame small = WholeFrame(1);
+    small.width = 4;
+    m_machine.camera->frames.push_back(small);
+    m_device->StartGrabbing(3);
+    EXPECT_THROW(m_device->RetrieveResult(100), CameraError);
+    EXPECT_FALSE(m_device->IsGrabbing());
+}
+
+TEST_F(PylonCameraTest, SaysWhenThereIsNothingToWaitFor) {
+    EXPECT_EQ(ErrorOf([this] { m_device->RetrieveResult(100); }), "No grab is under way");
+}
+
+TEST_F(PylonCameraTest, OpeningAnOpenCameraEndsItsGrabAndSelectsTheWholeSensorAgain) {
+    m_device->SetInteger("Width", 4);
+    m_device->StartGrabbing(2);
+    m_device->Open();
+    EXPECT_FALSE(m_device->IsGrabbing());
+    EXPECT_EQ(m_device->GetInteger("Width"), 6);
+}
+
+TEST_F(PylonCameraTest, SelectsTheWholeSensorAndContinuousAcquisitionAtOpening) {
+    EXPECT_EQ(m_device->GetInteger("OffsetX"), 0);
+    EXPECT_EQ(m_device->GetInteger("OffsetY"), 1);
+    EXPECT_EQ(m_device->GetInteger("Width"), 6);
+    EXPECT_EQ(m_device->GetInteger("Height"), 4);
+    EXPECT_EQ(m_device->GetEnumeration("AcquisitionMode"), "Continuous");
+}
+
+TEST(PylonCameras, RegisterTheKindOfAcquisitionBeforeTheyOpen) {
+    PylonMachine machine;
+    machine.cameras.Initialize();
+    const auto device = machine.cameras.CreateFirstDevice();
+    TheRuntime().calls.clear();
+    device->Open();
+    EXPECT_EQ(TheRuntime().calls, (std::vector<std::string>{"RegisterConfiguration 1 1", "Open"}));
+}
+
+TEST(PylonCameras, LeaveAsItIsWhatCannotBeWrittenAtOpening) {
+    PylonMachine machine;
+    machine.camera->features.erase("OffsetX");
+    machine.camera->features["OffsetY"].writable = false;
+    machine.camera->features["Width"].writable = false;
+    machine.cameras.Initialize();
+    const auto device = machine.cameras.CreateFirstDevice();
+    device->Open();
+    EXPECT_EQ(device->GetInteger("OffsetY"), 2);
+    EXPECT_EQ(device->GetInteger("Width"), 2);
+    EXPECT_EQ(device->GetInteger("Height"), 4);
+    machine.camera->frames.push_back({2, 4, std::vector<std::uint8_t>(8, 7)});
+    EXPECT_EQ(device->GrabOne(100).GetWidth(), 2);
+}
+
+TEST_F(PylonCameraTest, AnImageHasTheSizeThatTheCameraWasSetTo) {
+    m_device->SetInteger("Width", 4);
+    m_device->SetInteger("Height", 2);
+    OnCable().frames.push_back({4, 2, std::vector<std::uint8_t>(8, 7)});
+    EXPECT_EQ(m_device->GrabOne(100).GetBuffer().size(), 8U);
+    EXPECT_EQ(ErrorOfFrame(WholeFrame(1)), "The camera sent an image of another size than it was set to");
 }
 
 TEST_F(PylonCameraTest, StopsAGrabBeforeItStartsAnother) {
@@ -206,8 +291,7 @@ TEST_F(PylonCameraTest, AWaitWithoutLimitEndsWhenTheCameraIsRemoved) {
 TEST_F(PylonCameraTest, PassesOnTheTextOfEveryFault) {
     const std::map<std::string, std::function<void()>> actions = {
         {"StartGrabbing", [this] { m_device->StartGrabbing(1); }},
-        {"RetrieveResult", [this] { m_device->RetrieveResult(10); }},
-        {"GrabOne", [this] { m_device->GrabOne(10); }},
+        {"RetrieveResult", [this] { m_device->GrabOne(10); }},
         {"RegisterConfiguration", [this] { m_device->RegisterConfiguration(Acquisition::Continuous); }},
     };
     for (const auto& [call, action] : actions) {
@@ -223,7 +307,9 @@ TEST_F(PylonCameraTest, ARemovedCameraIsReplacedByTheOneThatIsPluggedIn) {
     m_device->StartGrabbing(2);
     OnCable().removed = true;
     EXPECT_FALSE(m_device->IsOpen());
-    EXPECT_FALSE(m_device->IsReadable("Gain"));
+    EXPECT_EQ(ErrorOf([this] { m_device->IsReadable("Gain"); }), "The camera was removed");
+    EXPECT_EQ(ErrorOf([this] { m_device->IsWritable("Gain"); }), "The camera was removed");
+    EXPECT_EQ(ErrorOf([this] { m_device->SetMaxNumBuffer(10); }), "The camera was removed");
     EXPECT_THROW(m_device->GetFloat("Gain"), CameraError);
     EXPECT_THROW(m_device->Open(), CameraError) << "there is none";
     EXPECT_FALSE(m_device->IsOpen());
@@ -321,21 +407,30 @@ TEST_F(PylonCameraTest, ABrokenImageIsAResultWithoutSamples) {
 TEST_F(PylonCameraTest, RefusesWhatIsNoWholeImage) {
     Frame oneByteShort = WholeFrame(1);
     oneByteShort.bytes.pop_back();
+    Frame withoutBytes = WholeFrame(1);
+    withoutBytes.bytes = {};
+    for (const Frame& frame : {oneByteShort, withoutBytes})
+        EXPECT_EQ(ErrorOfFrame(frame), "The camera sent less than a whole image");
     Frame huge = WholeFrame(1);
     huge.width = huge.height = 0xFFFFFFFF;
-    Frame empty{0, 0, {}};
-    for (const Frame& frame : {oneByteShort, huge, empty})
-        EXPECT_EQ(ErrorOfFrame(frame), "The camera sent less than a whole image");
+    Frame narrow = WholeFrame(1);
+    narrow.width = frameWidth - 1;
+    Frame low = WholeFrame(1);
+    low.height = frameHeight - 1;
+    for (const Frame& frame : {huge, narrow, low, Frame{0, 0, {}}})
+        EXPECT_EQ(ErrorOfFrame(frame), "The camera sent an image of another size than it was set to");
     EXPECT_EQ(TheRuntime().images, 0) << "their buffers are free again";
 }
 
-TEST_F(PylonCameraTest, RefusesOtherThanOneByteAPixel) {
+TEST_F(PylonCameraTest, RefusesOtherThanTheMosaicWithoutGaps) {
     Frame twoBytes = WholeFrame(1);
-    twoBytes.bitsPerPixel = 16;
+    twoBytes.pixelFormat = "BayerRG12";
+    Frame grey = WholeFrame(1);
+    grey.pixelFormat = "Mono8";
     Frame gaps = WholeFrame(1);
     gaps.paddingX = 2;
-    for (const Frame& frame : {twoBytes, gaps})
-        EXPECT_EQ(ErrorOfFrame(frame), "The camera sent an image that is not one byte a pixel");
+    for (const Frame& frame : {twoBytes, grey, gaps})
+        EXPECT_EQ(ErrorOfFrame(frame), "The camera sent an image that is not BayerRG8");
 }
 
 TEST_F(PylonCameraTest, TakesTheFirstSamplesOfALongerPayload) {
@@ -345,7 +440,7 @@ TEST_F(PylonCameraTest, TakesTheFirstSamplesOfALongerPayload) {
     EXPECT_EQ(m_device->GrabOne(100).GetBuffer().size(), frameBytes);
 }
 
-TEST_F(PylonCameraTest, TheKindOfAcquisitionHoldsAtOnceAndAfterOpeningAnew) {
+TEST_F(PylonCameraTest, TheKindOfAcquisitionHoldsAtOnceUntilTheCameraIsOpenedAnew) {
     m_device->RegisterConfiguration(Acquisition::SingleFrame);
     EXPECT_EQ(TheRuntime().calls, Calls{"RegisterConfiguration 1 1"}) << "in place of the others, and owned";
     EXPECT_EQ(m_device->GetEnumeration("AcquisitionMode"), "SingleFrame");
@@ -353,8 +448,6 @@ TEST_F(PylonCameraTest, TheKindOfAcquisitionHoldsAtOnceAndAfterOpeningAnew) {
     OnCable().removed = true;
     PlugIn("40000001");
     m_device->Open();
-    EXPECT_EQ(m_device->GetEnumeration("AcquisitionMode"), "SingleFrame");
-    m_device->RegisterConfiguration(Acquisition::Continuous);
     EXPECT_EQ(m_device->GetEnumeration("AcquisitionMode"), "Continuous");
 }
 

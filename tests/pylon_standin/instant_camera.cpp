@@ -8,10 +8,6 @@ namespace Pylon {
 using tessaro::pylon_standin::Frame;
 using tessaro::pylon_standin::TheRuntime;
 
-std::uint32_t BitPerPixel(EPixelType pixelType) {
-    return pixelType;
-}
-
 CGrabResultData::CGrabResultData(Frame frame) : m_frame(std::make_unique<Frame>(std::move(frame))) {
     ++TheRuntime().images;
 }
@@ -25,7 +21,9 @@ bool CGrabResultData::GrabSucceeded() const {
 }
 
 EPixelType CGrabResultData::GetPixelType() const {
-    return static_cast<EPixelType>(m_frame->bitsPerPixel);
+    return m_frame->pixelFormat == "BayerRG8" ? PixelType_BayerRG8
+           : m_frame->pixelFormat == "Mono8"  ? PixelType_Mono8
+                                              : PixelType_BayerRG12;
 }
 
 std::uint32_t CGrabResultData::GetWidth() const {
@@ -89,12 +87,12 @@ void CInstantCamera::Attach(IPylonDevice* device, ECleanup) {
 }
 
 void CInstantCamera::DestroyDevice() {
+    SetImagesLeft(0);
     if (m_device != nullptr)
         --TheRuntime().devices;
     m_device.reset();
     m_nodeMap.camera.reset();
     m_open = false;
-    m_left = 0;
 }
 
 bool CInstantCamera::IsCameraDeviceRemoved() const {
@@ -130,12 +128,20 @@ void CInstantCamera::StartGrabbing(std::size_t count, EGrabStrategy strategy, EG
         throw RuntimeException("The camera is already grabbing.");
     if (!m_open)
         Open();
-    m_left = count;
+    SetImagesLeft(count);
 }
 
 void CInstantCamera::StopGrabbing() {
     TheRuntime().Note("StopGrabbing");
-    m_left = 0;
+    SetImagesLeft(0);
+}
+
+void CInstantCamera::SetImagesLeft(std::size_t count) {
+    m_left = count;
+    if (m_device == nullptr)
+        return;
+    for (auto& [name, feature] : m_device->camera->features)
+        feature.locked = feature.lockedByGrabs && count > 0;
 }
 
 bool CInstantCamera::TakeFrame(CGrabResultPtr& result, ETimeoutHandling handling) {
@@ -152,7 +158,7 @@ bool CInstantCamera::TakeFrame(CGrabResultPtr& result, ETimeoutHandling handling
     }
     result.m_data = std::make_shared<const CGrabResultData>(std::move(camera->frames.front()));
     camera->frames.pop_front();
-    --m_left;
+    SetImagesLeft(m_left - 1);
     return true;
 }
 
@@ -161,17 +167,6 @@ bool CInstantCamera::RetrieveResult(unsigned int timeoutMs, CGrabResultPtr& resu
     TheRuntime().Note("RetrieveResult", std::to_string(timeoutMs) + " " + std::to_string(handling));
     result.Release();
     return IsGrabbing() && TakeFrame(result, handling);
-}
-
-bool CInstantCamera::GrabOne(unsigned int timeoutMs, CGrabResultPtr& result, ETimeoutHandling handling) {
-    TheRuntime().Note("GrabOne", std::to_string(timeoutMs) + " " + std::to_string(handling));
-    StartGrabbing(1, GrabStrategy_OneByOne, GrabLoop_ProvidedByUser);
-    try {
-        return RetrieveResult(timeoutMs, result, handling);
-    } catch (const GenericException&) {
-        m_left = 0;
-        throw;
-    }
 }
 
 void CInstantCamera::RegisterConfiguration(CConfigurationEventHandler* handler, ERegistrationMode mode,

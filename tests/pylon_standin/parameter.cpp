@@ -20,7 +20,7 @@ bool IsReadable(const INode* node) {
 }
 
 bool IsWritable(const INode* node) {
-    return node != nullptr && node->writable;
+    return node != nullptr && node->writable && !node->locked;
 }
 
 } // namespace GenApi

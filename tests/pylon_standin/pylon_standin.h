@@ -29,6 +29,8 @@ struct Feature {
     std::variant<Enumeration, double, Integer, bool> value;
     bool readable = true;
     bool writable = true;
+    bool lockedByGrabs = false;
+    bool locked = false; // by a grab
 };
 
 /// An image that a camera sends.
@@ -37,7 +39,7 @@ struct Frame {
     std::uint32_t height = 0;
     std::vector<std::uint8_t> bytes;
     bool succeeded = true;
-    std::uint32_t bitsPerPixel = 8;
+    std::string pixelFormat = "BayerRG8";
     std::size_t paddingX = 0; // bytes after each row
 };
 

@@ -16,9 +16,7 @@ enum ETimeoutHandling { TimeoutHandling_Return, TimeoutHandling_ThrowException }
 enum ERegistrationMode { RegistrationMode_Append, RegistrationMode_ReplaceAll };
 enum ECleanup { Cleanup_None, Cleanup_Delete };
 
-/// Here the number of bits alone.
-enum EPixelType : std::uint32_t {};
-std::uint32_t BitPerPixel(EPixelType pixelType);
+enum EPixelType : std::uint32_t { PixelType_Mono8, PixelType_BayerRG8, PixelType_BayerRG12 };
 
 class CGrabResultData {
 public:
@@ -86,12 +84,12 @@ public:
     bool IsOpen() const { return m_open; }
     GenApi::INodeMap& GetNodeMap();
 
-    /// Like the vendor's, it opens the camera when it is not, and refuses to start twice.
+    /// Like the vendor's, it opens the camera when it is not, refuses to start twice, and locks some
+    /// features.
     void StartGrabbing(std::size_t count, EGrabStrategy strategy, EGrabLoop loop);
     void StopGrabbing();
     bool IsGrabbing() const { return m_left > 0; }
     bool RetrieveResult(unsigned int timeoutMs, CGrabResultPtr& result, ETimeoutHandling handling);
-    bool GrabOne(unsigned int timeoutMs, CGrabResultPtr& result, ETimeoutHandling handling);
 
     void RegisterConfiguration(CConfigurationEventHandler* handler, ERegistrationMode mode, ECleanup cleanup);
 
@@ -110,6 +108,7 @@ public:
 private:
     void CheckDevice() const;
     bool TakeFrame(CGrabResultPtr& result, ETimeoutHandling handling);
+    void SetImagesLeft(std::size_t count);
 
     std::unique_ptr<IPylonDevice> m_device;
     std::unique_ptr<CConfigurationEventHandler> m_configuration;

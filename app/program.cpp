@@ -36,6 +36,7 @@ public:
         m_services.camera.ControlCamera(camera_mode::openAndAdjust);
         DispatchMessages();
         WriteSettings();
+        LetGoOfCamera();
         ReleaseGrainTables();
         return m_services.ui.messages.ExitCode();
     }
@@ -93,6 +94,14 @@ private:
     void WriteSettings() {
         m_globals.settings.portNumber = m_globals.stage.portNumber;
         WriteSettingsFile(m_services.ui.folders, m_globals.folders.settings, m_globals.settings);
+    }
+
+    /// The camera's library must still be there when the camera is taken down: the globals go too late.
+    void LetGoOfCamera() {
+        CameraSession& session = m_globals.camera;
+        session.present = 0;
+        session.grabResult = GrabResult(); // before the camera that it came from
+        session.camera.reset();
     }
 
     void ReleaseGrainTables() {

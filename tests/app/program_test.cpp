@@ -175,7 +175,17 @@ TEST_F(ProgramTest, ShowsWhatACameraSeesOnceItIsAdjusted) {
     EXPECT_EQ(Information(), (Texts{"No camera detected", "Camera Opening", "Camera Auto Gain Control",
                                     "Camera Auto Exposure "}))
         << "the first paint comes before the camera is looked for";
-    globals.reset(); // goes before its camera
+    EXPECT_EQ(camera.held, 0) << "the last image went";
+}
+
+TEST_F(ProgramTest, LetsGoOfTheCameraWhenItEnds) {
+    ScriptedCamera camera([](const std::string& breach) { ADD_FAILURE() << breach; });
+    At(started, [&] { EXPECT_NE(globals->camera.camera, nullptr); });
+    ui.messages.PostAt(started, {mainWindow, MessageKind::Close});
+    RunProgram(*globals, ui.Adapters(), {camera});
+    EXPECT_EQ(globals->camera.camera, nullptr);
+    EXPECT_EQ(globals->camera.present, 0);
+    EXPECT_TRUE(HasCall("write Config.txt"));
 }
 
 TEST_F(ProgramTest, HoldsTwoGrainTablesFromBeforeItsWindowsUntilItsEnd) {

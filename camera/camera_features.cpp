@@ -22,18 +22,31 @@ struct RegionFeatures {
     std::string_view selector;
     std::string_view first; // values of the selector
     std::string_view second;
-    std::string_view drivesBrightness;
+    FeatureNames drivesBrightness;
     std::string_view offsetX;
     std::string_view offsetY;
     std::string_view width;
     std::string_view height;
 };
 
+// Some cameras have the older regions with the newer switch.
 constexpr std::array<RegionFeatures, 2> regionNames = {{
-    {"AutoFunctionROISelector", "ROI1", "ROI2", "AutoFunctionROIUseBrightness", "AutoFunctionROIOffsetX",
-     "AutoFunctionROIOffsetY", "AutoFunctionROIWidth", "AutoFunctionROIHeight"},
-    {"AutoFunctionAOISelector", "AOI1", "AOI2", "AutoFunctionAOIUsageIntensity", "AutoFunctionAOIOffsetX",
-     "AutoFunctionAOIOffsetY", "AutoFunctionAOIWidth", "AutoFunctionAOIHeight"},
+    {"AutoFunctionROISelector",
+     "ROI1",
+     "ROI2",
+     {"AutoFunctionROIUseBrightness", {}},
+     "AutoFunctionROIOffsetX",
+     "AutoFunctionROIOffsetY",
+     "AutoFunctionROIWidth",
+     "AutoFunctionROIHeight"},
+    {"AutoFunctionAOISelector",
+     "AOI1",
+     "AOI2",
+     {"AutoFunctionAOIUseBrightness", "AutoFunctionAOIUsageIntensity"},
+     "AutoFunctionAOIOffsetX",
+     "AutoFunctionAOIOffsetY",
+     "AutoFunctionAOIWidth",
+     "AutoFunctionAOIHeight"},
 }};
 
 constexpr double targetBrightness = 0.3;     // of the full scale
@@ -44,17 +57,43 @@ std::string_view Name(CameraDevice& camera, const FeatureNames& names) {
     return camera.IsReadable(names.current) ? names.current : names.older;
 }
 
-void SelectWholePicture(CameraDevice& camera, const RegionFeatures& region) {
-    camera.SetEnumeration(region.selector, region.first);
-    camera.SetBoolean(region.drivesBrightness, true);
-    camera.SetEnumeration(region.selector, region.second);
-    camera.SetBoolean(region.drivesBrightness, false);
-    camera.SetEnumeration(region.selector, region.first);
-    // The offsets first: they limit how large it may be.
+/// False where the camera has no such region.
+bool SelectRegion(CameraDevice& camera, const RegionFeatures& region, std::string_view which) {
+    const std::vector<std::string> regions = camera.SettableValues(region.selector);
+    if (std::find(regions.begin(), regions.end(), which) == regions.end())
+        return false;
+    camera.SetEnumeration(region.selector, which);
+    return true;
+}
+
+/// Lets the region that is selected drive the brightness, or not.
+void DriveBrightness(CameraDevice& camera, const RegionFeatures& region, bool drives) {
+    for (const std::string_view feature : {region.drivesBrightness.current, region.drivesBrightness.older}) {
+        if (!feature.empty() && camera.IsWritable(feature)) {
+            camera.SetBoolean(feature, drives);
+            return;
+        }
+    }
+}
+
+/// The offsets first: they limit how large it may be.
+void EnlargeRegion(CameraDevice& camera, const RegionFeatures& region) {
     for (const std::string_view offset : {region.offsetX, region.offsetY})
-        camera.SetInteger(offset, camera.GetIntegerRange(offset).minimum);
+        if (camera.IsWritable(offset))
+            camera.SetInteger(offset, camera.GetIntegerRange(offset).minimum);
     for (const std::string_view size : {region.width, region.height})
-        camera.SetInteger(size, camera.GetIntegerRange(size).maximum);
+        if (camera.IsWritable(size))
+            camera.SetInteger(size, camera.GetIntegerRange(size).maximum);
+}
+
+/// What the camera does not have of it is left out: it measures the whole picture without.
+void SelectWholePicture(CameraDevice& camera, const RegionFeatures& region) {
+    if (SelectRegion(camera, region, region.first))
+        DriveBrightness(camera, region, true);
+    if (SelectRegion(camera, region, region.second))
+        DriveBrightness(camera, region, false);
+    if (SelectRegion(camera, region, region.first))
+        EnlargeRegion(camera, region);
 }
 
 } // namespace

@@ -235,6 +235,37 @@ TEST_F(AutomaticAdjustment, MeasuresTheWholePictureUnderTheOlderNamesToo) {
                      "Set AutoFunctionAOIHeight 2048"}));
 }
 
+TEST_F(AutomaticAdjustment, LeavesOutWhatARegionDoesNotHave) {
+    for (const char* name : {"AutoFunctionROIUseBrightness", "AutoFunctionROIOffsetY"})
+        scripted.features.erase(name);
+    scripted.features.at("AutoFunctionROIHeight").writable = false;
+    AdjustGainContinuously(*device, report);
+    EXPECT_EQ(scripted.calls, (Texts{"Set AutoFunctionROISelector ROI1", "Set AutoFunctionROISelector ROI2",
+                                     "Set AutoFunctionROISelector ROI1", "Set AutoFunctionROIOffsetX 0",
+                                     "Set AutoFunctionROIWidth 2464", "Set AutoTargetBrightness 0.300000",
+                                     "Set GainAuto Continuous"}));
+}
+
+TEST_F(AutomaticAdjustment, DoesWithASingleRegion) {
+    scripted.features["AutoFunctionROISelector"] = {ScriptedFeature::Enumeration{"ROI1", {"ROI1"}}};
+    MeasureWholePicture(*device);
+    EXPECT_TRUE(Called("Set AutoFunctionROIUseBrightness true"));
+    EXPECT_FALSE(Called("Set AutoFunctionROIUseBrightness false"));
+    EXPECT_TRUE(Called("Set AutoFunctionROIHeight 2054"));
+}
+
+TEST_F(AutomaticAdjustment, KnowsTheNewerSwitchOfTheOlderRegions) {
+    std::erase_if(scripted.features,
+                  [](const auto& feature) { return feature.first.starts_with("AutoFunctionROI"); });
+    scripted.features["AutoFunctionAOISelector"] = {ScriptedFeature::Enumeration{"AOI1", {"AOI1", "AOI2"}}};
+    scripted.features["AutoFunctionAOIUseBrightness"] = {false};
+    MeasureWholePicture(*device);
+    EXPECT_EQ(scripted.calls,
+              (Texts{"Set AutoFunctionAOISelector AOI1", "Set AutoFunctionAOIUseBrightness true",
+                     "Set AutoFunctionAOISelector AOI2", "Set AutoFunctionAOIUseBrightness false",
+                     "Set AutoFunctionAOISelector AOI1"}));
+}
+
 TEST_F(AutomaticAdjustment, DoesWithoutRegions) {
     std::erase_if(scripted.features,
                   [](const auto& feature) { return feature.first.starts_with("AutoFunctionROI"); });

@@ -17,6 +17,10 @@ using std::chrono::steady_clock;
 
 // How long the end of the program, and a camera that is opened again, wait for a tear-down.
 constexpr milliseconds tearDownTime(1'500);
+// From when it is known where the camera is until it is open. One that cannot be asked whether it is there
+// gets longer: a call that takes its time cannot be told from one that hangs.
+constexpr milliseconds openingTime(2'250);
+constexpr milliseconds openingTimeOfSilentCamera(5'000);
 // An image that has not come by then makes the camera's presence questionable.
 constexpr milliseconds transferTime(1'000);
 constexpr milliseconds slice(100);
@@ -28,7 +32,7 @@ AravisCamera::AravisCamera(CameraSearch search) : m_search(std::move(search)) {}
 
 AravisCamera::~AravisCamera() {
     LetGo();
-    WaitForTearDown(tearDownTime);
+    WaitForTearDown(steady_clock::now() + tearDownTime);
 }
 
 template<typename Use>
@@ -87,10 +91,9 @@ void AravisCamera::ForgetTornDown() {
     std::erase_if(m_tearingDown, [](const LibraryThread::Ending& ending) { return ending.HasEnded(); });
 }
 
-void AravisCamera::WaitForTearDown(milliseconds limit) {
-    const auto end = steady_clock::now() + limit;
+void AravisCamera::WaitForTearDown(steady_clock::time_point limit) {
     for (const LibraryThread::Ending& ending : m_tearingDown)
-        ending.WaitUntil(end);
+        ending.WaitUntil(limit);
     ForgetTornDown();
 }
 
@@ -108,13 +111,29 @@ void AravisCamera::Open() {
     LetGo();
     ForgetTornDown();
     const CameraPlace place = m_search.Find();
-    if (place.address && AskCamera(*place.address) == CameraAnswer::Controlled) {
-        WaitForTearDown(tearDownTime); // it may be under our own control still
-        if (AskCamera(*place.address) == CameraAnswer::Controlled)
-            throw CameraError("The camera is controlled by another program");
-    }
-    m_connection = std::make_unique<AravisConnection>(place.name, place.address);
+    const auto limit = steady_clock::now() + (place.address ? openingTime : openingTimeOfSilentCamera);
+    if (place.address)
+        CheckThatNobodyControls(*place.address, limit);
+    Connect(place, limit);
     m_acquisition = Acquisition::Continuous;
+}
+
+void AravisCamera::CheckThatNobodyControls(std::uint32_t address, steady_clock::time_point limit) {
+    if (AskCamera(address) != CameraAnswer::Controlled)
+        return;
+    WaitForTearDown(std::min(limit, steady_clock::now() + tearDownTime)); // it may be under our own control
+    if (AskCamera(address) == CameraAnswer::Controlled)
+        throw CameraError("The camera is controlled by another program");
+}
+
+void AravisCamera::Connect(const CameraPlace& place, steady_clock::time_point limit) {
+    m_connection = std::make_unique<AravisConnection>(place.address);
+    try {
+        m_connection->Open(place.name, limit);
+    } catch (...) {
+        LetGo(); // what has been done so far is undone behind the scenes
+        throw;
+    }
 }
 
 bool AravisCamera::IsOpen() const {

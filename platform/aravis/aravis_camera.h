@@ -53,7 +53,9 @@ private:
     bool Answers(Question question);
     void LetGo() noexcept;
     void ForgetTornDown();
-    void WaitForTearDown(std::chrono::milliseconds limit);
+    void WaitForTearDown(std::chrono::steady_clock::time_point limit);
+    void CheckThatNobodyControls(std::uint32_t address, std::chrono::steady_clock::time_point limit);
+    void Connect(const CameraPlace& place, std::chrono::steady_clock::time_point limit);
 
     /// Null when none comes in time.
     ArvBuffer* WaitForImage(AravisConnection& connection, std::uint32_t timeoutMilliseconds);

@@ -14,15 +14,12 @@ constexpr const char* noAnswer = "The camera does not answer";
 // A camera that cannot be asked otherwise.
 constexpr std::chrono::milliseconds longestCall(1'500);
 // One that answers, while a call does not come back.
-constexpr std::chrono::milliseconds longestCallOfPresentCamera(4'000);
+constexpr std::chrono::milliseconds longestCallOfPresentCamera(2'000);
 
 } // namespace
 
-AravisConnection::AravisConnection(const std::string& name, std::optional<std::uint32_t> address)
-    : AravisConnection(std::make_shared<AravisSession>(), address) {
-    Ask([name](AravisSession& session) { session.Open(name); });
-    m_open = true;
-}
+AravisConnection::AravisConnection(std::optional<std::uint32_t> address)
+    : AravisConnection(std::make_shared<AravisSession>(), address) {}
 
 AravisConnection::AravisConnection(std::shared_ptr<AravisSession> session,
                                    std::optional<std::uint32_t> address)
@@ -30,6 +27,11 @@ AravisConnection::AravisConnection(std::shared_ptr<AravisSession> session,
       m_thread(std::move(session)) {}
 
 AravisConnection::~AravisConnection() = default;
+
+void AravisConnection::Open(const std::string& name, steady_clock::time_point limit) {
+    Run([session = m_session, name] { session->Open(name); }, limit);
+    m_open = true;
+}
 
 void AravisConnection::ThrowIfLost() const {
     if (IsLost())
@@ -48,7 +50,7 @@ void AravisConnection::CheckPresence() {
 }
 
 void AravisConnection::StopSending() {
-    m_begin = steady_clock::now();
+    m_limit = LimitOfCall();
     const auto stop = [session = m_session] {
         try {
             session->Stream().Stop();
@@ -61,8 +63,12 @@ void AravisConnection::StopSending() {
         *m_lost = true;
 }
 
-void AravisConnection::Run(std::function<void()> work) {
-    m_begin = steady_clock::now();
+steady_clock::time_point AravisConnection::LimitOfCall() const {
+    return steady_clock::now() + (m_address ? longestCallOfPresentCamera : longestCall);
+}
+
+void AravisConnection::Run(std::function<void()> work, steady_clock::time_point limit) {
+    m_limit = limit;
     try {
         ThrowIfLost();
         if (!m_thread.Run(std::move(work), [this] { return IsWorthWaiting(); }))
@@ -74,16 +80,14 @@ void AravisConnection::Run(std::function<void()> work) {
 }
 
 bool AravisConnection::IsWorthWaiting() {
-    if (IsLost())
+    if (IsLost() || steady_clock::now() >= m_limit)
         return false;
-    const auto waited = steady_clock::now() - m_begin;
-    if (!m_address)
-        return waited < longestCall;
-    return waited < longestCallOfPresentCamera && IsPresent(AskCamera(*m_address));
+    return !m_address || IsPresent(AskCamera(*m_address));
 }
 
 bool AravisConnection::IsPresent(CameraAnswer answer) const {
-    return answer == CameraAnswer::Controlled || (answer == CameraAnswer::Free && !m_open);
+    return answer == CameraAnswer::Controlled || answer == CameraAnswer::Unclear ||
+           (answer == CameraAnswer::Free && !m_open);
 }
 
 } // namespace tessaro

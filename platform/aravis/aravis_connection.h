@@ -23,11 +23,14 @@ class AravisSession;
 /// destroy it.
 class AravisConnection {
 public:
-    /// `address`: where to ask whether the camera is there; nothing when it cannot be asked.
-    AravisConnection(const std::string& name, std::optional<std::uint32_t> address);
+    /// Not open yet. `address`: where to ask whether the camera is there; nothing when it cannot be asked.
+    explicit AravisConnection(std::optional<std::uint32_t> address);
     ~AravisConnection();
     AravisConnection(const AravisConnection&) = delete;
     AravisConnection& operator=(const AravisConnection&) = delete;
+
+    /// Before all else, and once. Throws CameraLostError, too, when it is not done by `limit`.
+    void Open(const std::string& name, std::chrono::steady_clock::time_point limit);
 
     /// Not after a call has thrown CameraLostError.
     AravisSession& Session() { return *m_session; }
@@ -39,10 +42,10 @@ public:
         using Result = decltype(work(std::declval<AravisSession&>()));
         AravisSession* session = m_session;
         if constexpr (std::is_void_v<Result>) {
-            Run([session, work = std::move(work)] { work(*session); });
+            Run([session, work = std::move(work)] { work(*session); }, LimitOfCall());
         } else {
             const auto result = std::make_shared<Result>();
-            Run([session, result, work = std::move(work)] { *result = work(*session); });
+            Run([session, result, work = std::move(work)] { *result = work(*session); }, LimitOfCall());
             return std::move(*result);
         }
     }
@@ -59,7 +62,8 @@ public:
 
 private:
     explicit AravisConnection(std::shared_ptr<AravisSession> session, std::optional<std::uint32_t> address);
-    void Run(std::function<void()> work);
+    std::chrono::steady_clock::time_point LimitOfCall() const;
+    void Run(std::function<void()> work, std::chrono::steady_clock::time_point limit);
     bool IsWorthWaiting();
     /// Nobody controls an open camera but us: where it is free, it was switched off and on, or gave us up.
     bool IsPresent(CameraAnswer answer) const;
@@ -69,7 +73,7 @@ private:
     std::shared_ptr<std::atomic<bool>> m_lost; // outlives the session
     bool m_open = false;
     LibraryThread m_thread;
-    std::chrono::steady_clock::time_point m_begin; // of the call that runs
+    std::chrono::steady_clock::time_point m_limit; // of the call that runs
 };
 
 } // namespace tessaro

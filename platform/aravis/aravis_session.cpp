@@ -44,16 +44,20 @@ void AravisSession::Open(const std::string& name) {
     m_camera.reset(Checked([&](GError** error) { return arv_camera_new(name.c_str(), error); }));
     if (m_camera == nullptr)
         throw CameraError("Can't open camera '" + name + "'");
+    using Step = void (AravisSession::*)();
+    for (const Step step :
+         {&AravisSession::SetPolicies, &AravisSession::WatchControl, &AravisSession::TakeControl,
+          &AravisSession::StopSending, &AravisSession::LetItSendByItself, &AravisSession::ChoosePacketSize,
+          &AravisSession::SelectWholeSensor, &AravisSession::CreateStream}) {
+        if (*m_lost) // nobody waits for it any more
+            throw CameraLostError("The camera was lost while it was opened");
+        (this->*step)();
+    }
+}
+
+void AravisSession::SetPolicies() {
     arv_device_set_range_check_policy(Device(), ARV_RANGE_CHECK_POLICY_ENABLE);
     arv_device_set_access_check_policy(Device(), ARV_ACCESS_CHECK_POLICY_ENABLE);
-    WatchControl();
-    TakeControl();
-    // Whoever had it before may have left it sending.
-    Checked([&](GError** error) { arv_camera_stop_acquisition(m_camera.get(), error); });
-    LetItSendByItself();
-    ChoosePacketSize();
-    SelectWholeSensor();
-    m_stream = std::make_unique<AravisStream>(m_camera.get());
 }
 
 void AravisSession::WatchControl() {
@@ -73,7 +77,12 @@ void AravisSession::TakeControl() {
         throw CameraError("The camera is controlled by another program");
 }
 
-// Whoever had it before may have left it taking single images, or waiting for a trigger.
+// Whoever had it before may have left it sending.
+void AravisSession::StopSending() {
+    Checked([&](GError** error) { arv_camera_stop_acquisition(m_camera.get(), error); });
+}
+
+// And it may have been left taking single images, or waiting for a trigger.
 void AravisSession::LetItSendByItself() {
     if (IsFeatureWritable(Device(), "AcquisitionMode"))
         SetEnumerationFeature(Device(), "AcquisitionMode", "Continuous");
@@ -99,6 +108,10 @@ void AravisSession::ChoosePacketSize() {
         const IntegerRange range = GetIntegerFeatureRange(Device(), packetSize);
         SetIntegerFeature(Device(), packetSize, std::clamp(loopbackPacketSize, range.minimum, range.maximum));
     }
+}
+
+void AravisSession::CreateStream() {
+    m_stream = std::make_unique<AravisStream>(m_camera.get());
 }
 
 void AravisSession::SelectWholeSensor() {

@@ -34,10 +34,14 @@ public:
     std::shared_ptr<Flag> LossFlag() const { return m_lost; }
 
 private:
+    // The steps of opening, in this order.
+    void SetPolicies();
     void WatchControl();
     void TakeControl();
+    void StopSending();
     void LetItSendByItself();
     void ChoosePacketSize();
+    void CreateStream();
 
     std::shared_ptr<Flag> m_lost = std::make_shared<Flag>(false);
     gulong m_watch = 0;

@@ -12,7 +12,8 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr std::chrono::seconds longestDiscovery(4);
+// The library listens for one second.
+constexpr std::chrono::seconds longestDiscovery(2);
 
 std::string Text(const char* text) {
     return text != nullptr ? text : "";

@@ -27,19 +27,11 @@ constexpr Question QuestionNumber(std::uint8_t number) {
     return {0x42, 0x01, 0x00, 0x80, 0x00, 0x04, 0x00, number, 0x00, 0x00, 0x0A, 0x00};
 }
 
-bool Answers(const Answer& answer, std::size_t size, std::uint8_t number) {
-    constexpr std::size_t header = 8;
-    return size >= header && answer[2] == 0x00 && answer[3] == 0x81 && answer[6] == 0x00 &&
-           answer[7] == number;
-}
+constexpr std::size_t headerSize = 8;
 
-CameraAnswer MeaningOf(const Answer& answer, std::size_t size) {
-    constexpr std::uint8_t accessDenied = 0x06; // of status 0x8006
-    if (answer[0] != 0)
-        return answer[1] == accessDenied ? CameraAnswer::Controlled : CameraAnswer::Free;
-    constexpr std::uint8_t exclusiveOrControl = 0x03;
-    const bool controlled = size == answer.size() && (answer[11] & exclusiveOrControl) != 0;
-    return controlled ? CameraAnswer::Controlled : CameraAnswer::Free;
+bool Answers(std::span<const std::uint8_t> datagram, std::uint8_t number) {
+    return datagram.size() >= headerSize && datagram[2] == 0x00 && datagram[3] == 0x81 &&
+           datagram[6] == 0x00 && datagram[7] == number;
 }
 
 class Socket {
@@ -96,6 +88,20 @@ std::optional<std::uint32_t> ParseAddress(const std::string& text) {
     return address.s_addr;
 }
 
+CameraAnswer MeaningOf(std::span<const std::uint8_t> datagram, std::uint8_t number) {
+    constexpr unsigned success = 0x0000;
+    constexpr unsigned accessDenied = 0x8006;
+    constexpr std::uint8_t exclusiveOrControl = 0x03;
+    if (!Answers(datagram, number))
+        return CameraAnswer::None;
+    const unsigned status = unsigned{datagram[0]} << 8U | datagram[1];
+    if (status == accessDenied)
+        return CameraAnswer::Controlled;
+    if (status != success || datagram.size() < std::tuple_size_v<Answer>)
+        return CameraAnswer::Unclear;
+    return (datagram[11] & exclusiveOrControl) != 0 ? CameraAnswer::Controlled : CameraAnswer::Free;
+}
+
 CameraAnswer AskCamera(std::uint32_t address) {
     Socket socket(address);
     for (std::uint8_t number = 1; number <= questions && socket.IsUsable(); ++number) {
@@ -104,8 +110,9 @@ CameraAnswer AskCamera(std::uint32_t address) {
         const auto limit = std::chrono::steady_clock::now() + answerTime;
         Answer answer{};
         while (const auto size = socket.Receive(answer, limit))
-            if (Answers(answer, *size, number))
-                return MeaningOf(answer, *size);
+            if (const auto meaning = MeaningOf(std::span(answer).first(*size), number);
+                meaning != CameraAnswer::None)
+                return meaning;
     }
     return CameraAnswer::None;
 }

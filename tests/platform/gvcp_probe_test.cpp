@@ -1,8 +1,12 @@
 #include "platform/aravis/aravis_cameras.h"
 #include "platform/aravis/gvcp_probe.h"
+#include "support/background_program.h"
 #include "tests/platform/served_camera.h"
 
 #include <gtest/gtest.h>
+
+#include <span>
+#include <vector>
 
 namespace tessaro {
 namespace {
@@ -16,6 +20,38 @@ TEST(ParseAddress, KnowsAddressesFromNames) {
     EXPECT_TRUE(ParseAddress("192.168.1.20"));
     for (const char* text : {"", "camera", "1.2.3", "1.2.3.4.5", "256.1.1.1", " 1.2.3.4", "1.2.3.4 ", "::1"})
         EXPECT_FALSE(ParseAddress(text)) << text;
+}
+
+constexpr std::uint8_t number = 2;
+
+std::vector<std::uint8_t> Answer(std::uint8_t statusHigh, std::uint8_t statusLow, std::uint8_t privilege) {
+    return {statusHigh, statusLow, 0x00, 0x81, 0x00, 0x04, 0x00, number, 0x00, 0x00, 0x00, privilege};
+}
+
+TEST(MeaningOf, IsWhoControlsTheCamera) {
+    EXPECT_EQ(MeaningOf(Answer(0, 0, 0), number), CameraAnswer::Free);
+    EXPECT_EQ(MeaningOf(Answer(0, 0, 1), number), CameraAnswer::Controlled) << "for one alone";
+    EXPECT_EQ(MeaningOf(Answer(0, 0, 2), number), CameraAnswer::Controlled);
+    EXPECT_EQ(MeaningOf(Answer(0, 0, 4), number), CameraAnswer::Free) << "may be switched over";
+    EXPECT_EQ(MeaningOf(Answer(0x80, 0x06, 0), number), CameraAnswer::Controlled) << "access denied";
+}
+
+TEST(MeaningOf, IsUnclearWhereACameraDoesNotSay) {
+    EXPECT_EQ(MeaningOf(Answer(0x80, 0x07, 0), number), CameraAnswer::Unclear) << "busy";
+    EXPECT_EQ(MeaningOf(Answer(0x80, 0x01, 0), number), CameraAnswer::Unclear) << "not implemented";
+    EXPECT_EQ(MeaningOf(Answer(0x00, 0x06, 0), number), CameraAnswer::Unclear);
+    auto shortAnswer = Answer(0, 0, 2);
+    shortAnswer.resize(11);
+    EXPECT_EQ(MeaningOf(shortAnswer, number), CameraAnswer::Unclear);
+}
+
+TEST(MeaningOf, IsNothingForWhatIsNoAnswer) {
+    EXPECT_EQ(MeaningOf(Answer(0, 0, 2), number + 1), CameraAnswer::None) << "to an earlier question";
+    auto other = Answer(0, 0, 2);
+    other[3] = 0x83;
+    EXPECT_EQ(MeaningOf(other, number), CameraAnswer::None) << "to another command";
+    EXPECT_EQ(MeaningOf({}, number), CameraAnswer::None);
+    EXPECT_EQ(MeaningOf(std::span(other).first(7), number), CameraAnswer::None);
 }
 
 TEST(AskCamera, HearsNothingWhereThereIsNone) {
@@ -36,8 +72,7 @@ TEST(AskCamera, HearsNothingFromACameraThatHangs) {
     served.Freeze();
     EXPECT_EQ(AskCamera(Address()), CameraAnswer::None);
     served.Thaw();
-    while (AskCamera(Address()) == CameraAnswer::None) {
-    }
+    EXPECT_TRUE(Eventually([] { return AskCamera(Address()) != CameraAnswer::None; }));
 }
 
 } // namespace

@@ -64,6 +64,8 @@ AravisStream::AravisStream(ArvCamera* camera) : m_camera(camera), m_device(arv_c
             static_cast<std::uint64_t>(GetIntegerFeature(m_device, "GevTimestampTickFrequency"));
         m_clock = m_tickFrequency > 0 ? DeviceClock::Ticks : DeviceClock::None;
     }
+    if (m_clock != DeviceClock::None && !DoesClockRun())
+        m_clock = DeviceClock::None;
     m_stream =
         Checked([&](GError** error) { return arv_camera_create_stream(camera, &OnEvent, this, error); });
     if (m_stream == nullptr)
@@ -119,6 +121,7 @@ ArvBuffer* AravisStream::Take(microseconds limit) {
         if (buffer == nullptr)
             return nullptr;
         ++m_held;
+        NoteWhetherImagesCarryTime(buffer);
         if (IsOfThisGrab(buffer))
             return buffer;
         Recycle(buffer);
@@ -179,6 +182,22 @@ void AravisStream::NoteStart() {
     m_startOfProgram = steady_clock::now();
     if (m_clock != DeviceClock::None)
         m_startOfDevice = LatchDeviceTime();
+}
+
+bool AravisStream::DoesClockRun() const {
+    try {
+        return LatchDeviceTime() > 0;
+    } catch (const CameraLostError&) {
+        throw;
+    } catch (const CameraError&) {
+        return false;
+    }
+}
+
+// Compared with the clock, images without a time would all be held for earlier ones.
+void AravisStream::NoteWhetherImagesCarryTime(ArvBuffer* buffer) {
+    if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS && arv_buffer_get_timestamp(buffer) == 0)
+        m_clock = DeviceClock::None;
 }
 
 std::uint64_t AravisStream::LatchDeviceTime() const {

@@ -54,7 +54,9 @@ private:
     void PushNewBuffer(std::size_t size);
     void Forget();
     void NoteStart();
+    bool DoesClockRun() const;
     std::uint64_t LatchDeviceTime() const;
+    void NoteWhetherImagesCarryTime(ArvBuffer* buffer);
     bool IsOfThisGrab(ArvBuffer* buffer) const;
 
     ArvCamera* m_camera;

@@ -3,8 +3,11 @@
 #include "platform/aravis/library_calls.h"
 #include "platform/aravis/library_thread.h"
 
+#include <algorithm>
 #include <chrono>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace tessaro {
 
@@ -19,28 +22,34 @@ std::string Text(const char* text) {
     return text != nullptr ? text : "";
 }
 
-bool IsWanted(unsigned index, const std::string& wanted) {
-    return wanted.empty() || wanted == Text(arv_get_device_id(index)) ||
-           wanted == Text(arv_get_device_physical_id(index)) ||
-           wanted == Text(arv_get_device_address(index)) || wanted == Text(arv_get_device_serial_nbr(index));
+bool IsWanted(const FoundCamera& camera, const std::string& wanted) {
+    return wanted.empty() || wanted == camera.id || wanted == camera.physicalId || wanted == camera.address ||
+           wanted == camera.serialNumber;
 }
 
 // On the library's thread.
-CameraPlace PlaceOfFirst(const std::string& wanted) {
+std::vector<FoundCamera> FoundCameras() {
     arv_update_device_list();
-    for (unsigned index = 0; index < arv_get_n_devices(); ++index) {
-        if (!IsWanted(index, wanted))
-            continue;
-        const bool hasAddress = Text(arv_get_device_protocol(index)) == "GigEVision";
-        const std::string address = Text(arv_get_device_address(index));
-        if (const auto place = ParseAddress(address); hasAddress && place)
-            return {address, place};
-        return {Text(arv_get_device_id(index)), std::nullopt};
-    }
-    throw CameraError(wanted.empty() ? "No camera found" : "Camera '" + wanted + "' not found");
+    std::vector<FoundCamera> cameras;
+    for (unsigned index = 0; index < arv_get_n_devices(); ++index)
+        cameras.push_back({Text(arv_get_device_id(index)), Text(arv_get_device_physical_id(index)),
+                           Text(arv_get_device_serial_nbr(index)), Text(arv_get_device_address(index)),
+                           Text(arv_get_device_protocol(index))});
+    return cameras;
 }
 
 } // namespace
+
+std::optional<CameraPlace> PlaceOfFirst(std::span<const FoundCamera> cameras, const std::string& wanted) {
+    const auto camera = std::ranges::find_if(
+        cameras, [&](const FoundCamera& candidate) { return IsWanted(candidate, wanted); });
+    if (camera == cameras.end())
+        return std::nullopt;
+    const auto address = ParseAddress(camera->address);
+    if (camera->protocol == "GigEVision" && address)
+        return CameraPlace{camera->address, address};
+    return CameraPlace{camera->id, std::nullopt};
+}
 
 CameraSearch::CameraSearch(std::string wanted) : m_wanted(std::move(wanted)) {
     if (const auto address = ParseAddress(m_wanted))
@@ -58,12 +67,13 @@ CameraPlace CameraSearch::Find() {
 
 CameraPlace CameraSearch::Discover(const std::string& wanted) {
     LibraryThread thread(nullptr);
-    const auto place = std::make_shared<CameraPlace>();
+    const auto found = std::make_shared<std::vector<FoundCamera>>();
     const auto limit = steady_clock::now() + longestDiscovery;
-    if (!thread.Run([place, wanted] { *place = PlaceOfFirst(wanted); },
-                    [limit] { return steady_clock::now() < limit; }))
+    if (!thread.Run([found] { *found = FoundCameras(); }, [limit] { return steady_clock::now() < limit; }))
         throw CameraError("The search for cameras does not come to an end");
-    return *place;
+    if (const auto place = PlaceOfFirst(*found, wanted))
+        return *place;
+    throw CameraError(wanted.empty() ? "No camera found" : "Camera '" + wanted + "' not found");
 }
 
 } // namespace tessaro

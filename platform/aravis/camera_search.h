@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace tessaro {
@@ -13,6 +14,19 @@ struct CameraPlace {
     std::string name;                     // by which the library opens it
     std::optional<std::uint32_t> address; // where it can be asked whether it is there
 };
+
+/// What the library knows of a camera that answered its call. Texts it does not know are empty.
+struct FoundCamera {
+    std::string id;
+    std::string physicalId;
+    std::string serialNumber;
+    std::string address;
+    std::string protocol;
+};
+
+/// The first camera that is called `wanted` in one of these ways, or the first at all where nothing is
+/// wanted.
+std::optional<CameraPlace> PlaceOfFirst(std::span<const FoundCamera> cameras, const std::string& wanted);
 
 /// Finds the camera that was asked for. Finding throws CameraError when it is not there.
 class CameraSearch {

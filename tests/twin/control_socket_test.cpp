@@ -1,3 +1,4 @@
+#include "support/background_program.h"
 #include "support/local_client.h"
 #include "support/temporary_folder.h"
 #include "twin/service/control_socket.h"
@@ -7,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gio/gio.h>
+#include <list>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -75,6 +77,47 @@ TEST_F(ControlSocketTest, LetsAClientGoThatSendsALongerLine) {
         client.Send(std::string(5'000, 'x') + "\n");
         EXPECT_EQ(client.Receive(), "");
         EXPECT_EQ(LocalClient(Path()).Ask("still there"), "<still there>");
+    });
+}
+
+TEST_F(ControlSocketTest, LetsAClientGoThatNeverEndsItsLine) {
+    const auto socket = Socket();
+    WhileServed([&] {
+        LocalClient client(Path());
+        client.Send(std::string(5'000, 'x'));
+        EXPECT_EQ(client.Receive(), "");
+    });
+}
+
+TEST_F(ControlSocketTest, TakesLinesOfAThousandBytesAndTheirOtherEnd) {
+    const auto socket = Socket();
+    WhileServed([&] {
+        LocalClient client(Path());
+        EXPECT_EQ(client.Ask("one\r"), "<one>");
+        EXPECT_EQ(client.Ask(std::string(1'000, 'x')).size(), 1'002U);
+    });
+}
+
+TEST_F(ControlSocketTest, LetsAClientGoThatNeverFetchesItsAnswers) {
+    const auto socket = Socket();
+    WhileServed([&] {
+        LocalClient client(Path());
+        const std::string lines(100, '\n');
+        while (client.Send(lines))
+            ;
+        EXPECT_EQ(LocalClient(Path()).Ask("still there"), "<still there>");
+    });
+}
+
+TEST_F(ControlSocketTest, RefusesMoreThanSixteenClients) {
+    const auto socket = Socket();
+    WhileServed([&] {
+        std::list<LocalClient> clients;
+        for (int i = 0; i < 16; ++i)
+            EXPECT_EQ(clients.emplace_back(Path()).Ask("in"), "<in>");
+        EXPECT_EQ(LocalClient(Path()).Ask("out"), "");
+        clients.pop_front();
+        EXPECT_TRUE(Eventually([&] { return LocalClient(Path()).Ask("in") == "<in>"; }));
     });
 }
 

@@ -1,19 +1,18 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
-// The library's own types.
-typedef struct _GSocketService GSocketService;
-typedef struct _GSocketConnection GSocketConnection;
-
 namespace tessaro {
 
-/// A local socket that takes lines from any number of clients at a time and answers each with a line. Works
-/// within the main loop of the calling thread.
+/// A local socket that takes lines from several clients at a time and answers each with a line. Works within
+/// the main loop of the calling thread and never blocks it: a client that sends a line of more than 1000
+/// bytes, or does not fetch its answers, is let go, and so is one more than 16.
 class ControlSocket {
 public:
+    /// The line comes without its end, "\n" or "\r\n".
     using Answer = std::function<std::string(std::string_view line)>;
 
     /// Makes the socket file; one that nobody listens to any more is replaced. Throws std::runtime_error when
@@ -21,14 +20,11 @@ public:
     ControlSocket(std::string path, Answer answer);
     ControlSocket(const ControlSocket&) = delete;
     ControlSocket& operator=(const ControlSocket&) = delete;
-    ~ControlSocket(); // removes the file
+    ~ControlSocket(); // removes the file and lets all clients go
 
 private:
-    static int OnClient(GSocketService* service, GSocketConnection* connection, void* source, void* self);
-
-    std::string m_path;
-    Answer m_answer;
-    GSocketService* m_service;
+    class Service;
+    std::unique_ptr<Service> m_service;
 };
 
 } // namespace tessaro

@@ -24,9 +24,7 @@ public:
     ArvClient(const ArvClient&) = delete;
     ArvClient& operator=(const ArvClient&) = delete;
     ~ArvClient() {
-        if (m_stream != nullptr)
-            arv_camera_stop_acquisition(m_camera, nullptr);
-        g_clear_object(&m_stream);
+        Stop();
         g_clear_object(&m_camera);
         g_clear_error(&m_error);
     }
@@ -60,12 +58,32 @@ public:
     }
     void Execute(const char* command) { arv_device_execute_command(Device(), command, Errors()); }
 
-    void Start() {
-        const auto payload = static_cast<std::size_t>(arv_camera_get_payload(m_camera, Errors()));
+    /// Past all features and their bounds.
+    std::uint32_t ReadRegister(std::uint32_t address) {
+        guint32 value = 0;
+        arv_device_read_register(Device(), address, &value, Errors());
+        return value;
+    }
+    void WriteRegister(std::uint32_t address, std::uint32_t value) {
+        arv_device_write_register(Device(), address, value, Errors());
+    }
+    void WriteMemory(std::uint32_t address, std::string bytes) {
+        arv_device_write_memory(Device(), address, static_cast<guint32>(bytes.size()), bytes.data(),
+                                Errors());
+    }
+
+    void Start() { Start(static_cast<std::size_t>(arv_camera_get_payload(m_camera, Errors()))); }
+    void Start(std::size_t payload) {
         m_stream = arv_camera_create_stream(m_camera, nullptr, nullptr, Errors());
         for (int buffer = 0; buffer < 4; ++buffer)
             arv_stream_push_buffer(m_stream, arv_buffer_new(payload, nullptr));
         arv_camera_start_acquisition(m_camera, Errors());
+    }
+
+    void Stop() {
+        if (m_stream != nullptr)
+            arv_camera_stop_acquisition(m_camera, nullptr);
+        g_clear_object(&m_stream);
     }
 
     ReceivedFrame Next(std::uint64_t timeoutUs = 5'000'000) {

@@ -78,6 +78,25 @@ TEST(AutomaticFunctions, BrightnessIsThatOfAScreen) {
     }
 }
 
+TEST(AutomaticFunctions, ReachTheDarkestAndTheBrightestTarget) {
+    for (const auto& [brightness, level] : {std::pair{0.1, 89.5}, {0.9, 243.1}}) // 255 * b^(1 / 2.2)
+        for (const double start : {20.0, 140.0, 4000.0}) {
+            CameraSettings settings;
+            settings.targetBrightness = brightness;
+            settings.exposureAuto = AutomaticMode::Once;
+            EXPECT_LE(FramesUntilOff(settings, EvenScene(start), &CameraSettings::exposureAuto), 12) << start;
+            EXPECT_NEAR(EvenScene(start).Mosaic(settings.exposure)[0], level, 5.0) << start;
+        }
+}
+
+TEST(AutomaticFunctions, BalanceOnceEndsAndChangesNothingWhenThePictureIsSaturated) {
+    CameraSettings settings;
+    settings.balanceWhiteAuto = AutomaticMode::Once;
+    EXPECT_EQ(
+        FramesUntilOff(settings, EvenScene(4000.0, {0.01, 1.0, 1.0}), &CameraSettings::balanceWhiteAuto), 1);
+    EXPECT_EQ(settings.exposure.balanceRatios, (std::array<double, 3>{1.0, 1.0, 1.0}));
+}
+
 TEST(AutomaticFunctions, GainOnceReachesTheTargetAndGoesBackToOff) {
     CameraSettings settings;
     settings.gainAuto = AutomaticMode::Once;

@@ -70,10 +70,10 @@ void FinishOnce(AutomaticMode& mode, bool finished) {
 double BrightnessFactor(const CameraSettings& settings, std::span<const std::uint8_t> mosaic) {
     const ChannelMeans means = MeansOf(mosaic, RegionFor(settings, &SensorRegion::useBrightness));
     const double level = (means[0] + 2.0 * means[1] + means[2]) / 4.0;
-    if (level >= saturatedLevel)
+    const double target = LevelOfBrightness(settings.targetBrightness);
+    if (level >= std::max(saturatedLevel, target * (1.0 + levelTolerance)))
         return 1.0 / largestStep;
-    return std::clamp(LevelOfBrightness(settings.targetBrightness) / std::max(level, darkestMean),
-                      1.0 / largestStep, largestStep);
+    return std::clamp(target / std::max(level, darkestMean), 1.0 / largestStep, largestStep);
 }
 
 /// Scales a value within its bounds and takes what was reached out of the factor; false when it stays as it
@@ -109,12 +109,13 @@ void AdjustBalance(CameraSettings& settings, std::span<const std::uint8_t> mosai
     if (settings.balanceWhiteAuto == AutomaticMode::Off)
         return;
     const ChannelMeans means = MeansOf(mosaic, RegionFor(settings, &SensorRegion::useWhiteBalance));
-    bool done = true;
+    const bool saturated = std::ranges::any_of(means, [](double mean) { return mean >= saturatedLevel; });
+    bool done = true; // a saturated picture tells nothing of its colour
     for (const std::size_t channel : {0U, 2U}) {
         const double factor = means[1] / std::max(means[channel], darkestMean);
         double& ratio = settings.exposure.balanceRatios[channel];
         const double before = ratio;
-        if (std::abs(factor - 1.0) > balanceTolerance)
+        if (!saturated && std::abs(factor - 1.0) > balanceTolerance)
             ratio = Kept(before * std::clamp(factor, 1.0 / largestStep, largestStep), balanceRatioBounds);
         done = done && ratio == before;
     }

@@ -49,9 +49,9 @@ inline constexpr Bounds targetBrightnessBounds = {0.1, 0.9};
 
 /// One step of the automatic functions after a frame (twinSensorWidth x twinSensorHeight samples, RGGB) was
 /// taken with these settings: exposure and gain go toward the target brightness of the first region that
-/// drives brightness, the balance toward a grey mean. The exposure time goes first; the gain makes up for
-/// what it cannot reach. "Once" goes back to "Off" when nothing is left to do or to gain, unless it is told
-/// to go on for ever.
+/// drives brightness, the balance toward a grey mean, but stays as it is when a channel is saturated. The
+/// exposure time goes first; the gain makes up for what it cannot reach. "Once" goes back to "Off" when
+/// nothing is left to do or to gain, unless it is told to go on for ever.
 void AdjustAutomatically(CameraSettings& settings, std::span<const std::uint8_t> mosaic, bool endless);
 
 } // namespace tessaro

@@ -25,6 +25,7 @@ inline constexpr std::uint32_t offsetX = 0x130;
 inline constexpr std::uint32_t offsetY = 0x134;
 inline constexpr std::uint32_t framePeriodUs = 0x138;
 
+inline constexpr std::uint32_t acquisitionModeContinuous = 1;
 inline constexpr std::uint32_t acquisitionModeSingleFrame = 2;
 
 // Of GigE Vision itself: bytes of a packet of the stream, with all its headers.

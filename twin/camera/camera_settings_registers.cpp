@@ -14,7 +14,11 @@ namespace {
 namespace reg = camera_register;
 
 constexpr std::uint32_t defaultFramePeriodUs = 25'000;
-constexpr std::uint32_t defaultPacketBytes = 65'000; // loopback takes packets of nearly 64 KiB
+constexpr int smallestRegionSide = 2;
+constexpr int shortestFramePeriodUs = 1'000;
+constexpr int longestFramePeriodUs = 10'000'000;
+constexpr std::uint32_t smallestPacketBytes = 576;
+constexpr std::uint32_t largestPacketBytes = 65'000; // loopback takes packets of nearly 64 KiB
 
 std::uint64_t BigEndian(std::uint64_t value) {
     return GUINT64_TO_BE(value);
@@ -31,12 +35,18 @@ std::uint32_t RegionRegister(std::uint32_t first, std::size_t region) {
 }
 
 SensorRegion ReadRegion(const CameraRegisters& registers, std::size_t i) {
-    return {.offsetX = registers.ReadLength(RegionRegister(reg::regionOffsetX, i), 0, twinSensorWidth),
-            .offsetY = registers.ReadLength(RegionRegister(reg::regionOffsetY, i), 0, twinSensorHeight),
-            .width = registers.ReadLength(RegionRegister(reg::regionWidth, i), 0, twinSensorWidth),
-            .height = registers.ReadLength(RegionRegister(reg::regionHeight, i), 0, twinSensorHeight),
-            .useBrightness = registers.Read(RegionRegister(reg::regionUseBrightness, i)) != 0,
-            .useWhiteBalance = registers.Read(RegionRegister(reg::regionUseWhiteBalance, i)) != 0};
+    SensorRegion region = {.useBrightness = registers.Read(RegionRegister(reg::regionUseBrightness, i)) != 0,
+                           .useWhiteBalance =
+                               registers.Read(RegionRegister(reg::regionUseWhiteBalance, i)) != 0};
+    region.width =
+        registers.ReadLength(RegionRegister(reg::regionWidth, i), smallestRegionSide, twinSensorWidth);
+    region.height =
+        registers.ReadLength(RegionRegister(reg::regionHeight, i), smallestRegionSide, twinSensorHeight);
+    region.offsetX =
+        registers.ReadLength(RegionRegister(reg::regionOffsetX, i), 0, twinSensorWidth - region.width);
+    region.offsetY =
+        registers.ReadLength(RegionRegister(reg::regionOffsetY, i), 0, twinSensorHeight - region.height);
+    return region;
 }
 
 void WriteRegion(CameraRegisters& registers, std::size_t i, const SensorRegion& region) {
@@ -52,25 +62,39 @@ std::uint32_t BalanceRegister(std::size_t channel) {
     return reg::balanceRatioFloat64 + static_cast<std::uint32_t>(channel) * reg::balanceRatioStep;
 }
 
-/// Writes a mode where it has changed.
-void WriteMode(CameraRegisters& registers, std::uint32_t address, AutomaticMode before, AutomaticMode after) {
-    if (before != after)
-        registers.Write(address, static_cast<std::uint32_t>(after));
+/// Reads a number that has to lie within bounds and writes it back so.
+int KeepWithin(CameraRegisters& registers, std::uint32_t address, int minimum, int maximum) {
+    const int kept = registers.ReadLength(address, minimum, maximum);
+    registers.Write(address, static_cast<std::uint32_t>(kept));
+    return kept;
 }
 
-void WriteFloat(CameraRegisters& registers, std::uint32_t address, double before, double after) {
-    if (before != after)
-        registers.WriteFloat(address, after);
+void KeepImageOnSensor(CameraRegisters& registers, const SensorSize& sensor) {
+    const int width = KeepWithin(registers, reg::width, smallestImageSide, sensor.width);
+    const int height = KeepWithin(registers, reg::height, smallestImageSide, sensor.height);
+    KeepWithin(registers, reg::offsetX, 0, sensor.width - width);
+    KeepWithin(registers, reg::offsetY, 0, sensor.height - height);
 }
 
-void WriteSettings(CameraRegisters& registers, const CameraSettings& settings) {
-    registers.WriteFloat(reg::exposureTimeFloat64, settings.exposure.exposureTimeUs);
-    registers.WriteFloat(reg::gainFloat64, settings.exposure.gainDb);
-    for (std::size_t c = 0; c < settings.exposure.balanceRatios.size(); ++c)
-        registers.WriteFloat(BalanceRegister(c), settings.exposure.balanceRatios[c]);
-    registers.WriteFloat(reg::targetBrightnessFloat64, settings.targetBrightness);
-    for (std::size_t i = 0; i < settings.regions.size(); ++i)
-        WriteRegion(registers, i, settings.regions[i]);
+void WriteConstants(CameraRegisters& registers, const SensorSize& sensor) {
+    registers.WriteText(reg::vendorName, "Tessaro");
+    registers.WriteText(reg::modelName, "Twin");
+    registers.WriteText(reg::deviceVersion, "1");
+    registers.Write(reg::sensorWidth, static_cast<std::uint32_t>(sensor.width));
+    registers.Write(reg::sensorHeight, static_cast<std::uint32_t>(sensor.height));
+}
+
+/// Its upper half are flags of the protocol.
+void KeepPacketSize(CameraRegisters& registers) {
+    const std::uint32_t value = registers.Read(reg::streamPacketSize);
+    const std::uint32_t bytes = std::clamp(value & 0xffffU, smallestPacketBytes, largestPacketBytes);
+    registers.Write(reg::streamPacketSize, (value & 0xffff0000U) | bytes);
+}
+
+void KeepFramePeriod(CameraRegisters& registers) {
+    if (registers.Read(reg::framePeriodUs) == 0)
+        registers.Write(reg::framePeriodUs, defaultFramePeriodUs);
+    KeepWithin(registers, reg::framePeriodUs, shortestFramePeriodUs, longestFramePeriodUs);
 }
 
 } // namespace
@@ -126,32 +150,53 @@ CameraSettings ReadSettings(const CameraRegisters& registers) {
     return settings;
 }
 
-void WriteChanges(CameraRegisters& registers, const CameraSettings& before, const CameraSettings& after) {
-    const ExposureSettings& from = before.exposure;
-    const ExposureSettings& to = after.exposure;
-    WriteFloat(registers, reg::exposureTimeFloat64, from.exposureTimeUs, to.exposureTimeUs);
-    WriteFloat(registers, reg::gainFloat64, from.gainDb, to.gainDb);
-    for (std::size_t c = 0; c < to.balanceRatios.size(); ++c)
-        WriteFloat(registers, BalanceRegister(c), from.balanceRatios[c], to.balanceRatios[c]);
-    WriteMode(registers, reg::exposureAuto, before.exposureAuto, after.exposureAuto);
-    WriteMode(registers, reg::gainAuto, before.gainAuto, after.gainAuto);
-    WriteMode(registers, reg::balanceWhiteAuto, before.balanceWhiteAuto, after.balanceWhiteAuto);
+void WriteSettings(CameraRegisters& registers, const CameraSettings& settings) {
+    registers.WriteFloat(reg::exposureTimeFloat64, settings.exposure.exposureTimeUs);
+    registers.WriteFloat(reg::gainFloat64, settings.exposure.gainDb);
+    for (std::size_t c = 0; c < settings.exposure.balanceRatios.size(); ++c)
+        registers.WriteFloat(BalanceRegister(c), settings.exposure.balanceRatios[c]);
+    registers.Write(reg::exposureAuto, static_cast<std::uint32_t>(settings.exposureAuto));
+    registers.Write(reg::gainAuto, static_cast<std::uint32_t>(settings.gainAuto));
+    registers.Write(reg::balanceWhiteAuto, static_cast<std::uint32_t>(settings.balanceWhiteAuto));
+    registers.WriteFloat(reg::targetBrightnessFloat64, settings.targetBrightness);
+    for (std::size_t i = 0; i < settings.regions.size(); ++i)
+        WriteRegion(registers, i, settings.regions[i]);
+}
+
+void KeepWithinBounds(CameraRegisters& registers, const SensorSize& sensor) {
+    WriteConstants(registers, sensor);
+    KeepImageOnSensor(registers, sensor);
+    if (!PixelFormatOf(registers.Read(reg::pixelFormat)))
+        registers.Write(reg::pixelFormat, ARV_PIXEL_FORMAT_BAYER_RG_8);
+    KeepWithin(registers, reg::acquisitionMode, reg::acquisitionModeContinuous,
+               reg::acquisitionModeSingleFrame);
+    KeepPacketSize(registers);
+    KeepFramePeriod(registers);
 }
 
 void WritePowerUpState(CameraRegisters& registers, const SensorSize& sensor) {
-    registers.WriteText(reg::vendorName, "Tessaro");
-    registers.WriteText(reg::modelName, "Twin");
-    registers.WriteText(reg::deviceVersion, "1");
-    registers.Write(reg::streamPacketSize, defaultPacketBytes);
-    for (const std::uint32_t width : {reg::sensorWidth, reg::width})
-        registers.Write(width, static_cast<std::uint32_t>(sensor.width));
-    for (const std::uint32_t height : {reg::sensorHeight, reg::height})
-        registers.Write(height, static_cast<std::uint32_t>(sensor.height));
+    registers.Write(reg::streamPacketSize, largestPacketBytes);
+    registers.Write(reg::width, static_cast<std::uint32_t>(sensor.width));
+    registers.Write(reg::height, static_cast<std::uint32_t>(sensor.height));
     registers.Write(reg::offsetX, 0);
     registers.Write(reg::offsetY, 0);
     registers.Write(reg::pixelFormat, ARV_PIXEL_FORMAT_BAYER_RG_8);
     registers.Write(reg::framePeriodUs, defaultFramePeriodUs);
     WriteSettings(registers, CameraSettings());
+    KeepWithinBounds(registers, sensor);
+}
+
+std::optional<PixelFormat> PixelFormatOf(std::uint32_t value) {
+    switch (value) {
+    case ARV_PIXEL_FORMAT_BAYER_RG_8:
+        return PixelFormat::BayerRg8;
+    case ARV_PIXEL_FORMAT_MONO_8:
+        return PixelFormat::Mono8;
+    case ARV_PIXEL_FORMAT_RGB_8_PACKED:
+        return PixelFormat::Rgb8;
+    default:
+        return std::nullopt;
+    }
 }
 
 } // namespace tessaro

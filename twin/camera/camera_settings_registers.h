@@ -1,9 +1,11 @@
 #pragma once
 
 #include "twin/camera/automatic_functions.h"
+#include "twin/camera/pixel_formats.h"
 
 #include <arv.h>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace tessaro {
@@ -30,10 +32,18 @@ private:
 /// What clients have set. Safe whatever they wrote.
 CameraSettings ReadSettings(const CameraRegisters& registers);
 
-/// What changed from one to the other, and nothing else: clients may be writing meanwhile.
-void WriteChanges(CameraRegisters& registers, const CameraSettings& before, const CameraSettings& after);
+void WriteSettings(CameraRegisters& registers, const CameraSettings& settings);
 
 /// Everything as after switching the camera on.
 void WritePowerUpState(CameraRegisters& registers, const SensorSize& sensor);
+
+/// What else clients can write, brought back within its bounds: the image lies on the sensor and has a format
+/// that there is; how frames are taken and sent makes sense; what clients must not change is as it was.
+void KeepWithinBounds(CameraRegisters& registers, const SensorSize& sensor);
+
+inline constexpr int smallestImageSide = 16;
+
+/// Nothing for numbers that stand for none of the camera's formats.
+std::optional<PixelFormat> PixelFormatOf(std::uint32_t value);
 
 } // namespace tessaro

@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cstddef>
 #include <glib/gstdio.h>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -20,8 +21,6 @@ namespace tessaro {
 namespace {
 
 namespace reg = camera_register;
-
-constexpr int smallestSide = 16;
 
 /// A file that lasts as long as the object: the server takes its description from one.
 class DescriptionFile {
@@ -78,7 +77,8 @@ ArvGvFakeCamera* Serve(const std::string& address, const std::string& serialNumb
     ArvGvFakeCamera* server = nullptr;
     if (IsPortFree(address))
         server = arv_gv_fake_camera_new_full(address.c_str(), serialNumber.c_str(), description.Path());
-    if (server != nullptr && arv_gv_fake_camera_is_running(server) != 0)
+    if (server != nullptr && arv_gv_fake_camera_is_running(server) != 0 &&
+        arv_gv_fake_camera_get_fake_camera(server) != nullptr)
         return server;
     g_clear_object(&server);
     throw std::runtime_error("cannot serve a camera at " + address +
@@ -91,7 +91,7 @@ class GigECamera::Server {
 public:
     Server(const std::string& address, const std::string& serialNumber, const Scene& scene,
            const SensorSize& sensor)
-        : m_scene(scene), m_mosaic(twinMosaicBytes), m_server(Serve(address, serialNumber)),
+        : m_scene(scene), m_sensor(sensor), m_mosaic(twinMosaicBytes), m_server(Serve(address, serialNumber)),
           m_camera(arv_gv_fake_camera_get_fake_camera(m_server)), m_registers(m_camera) {
         WritePowerUpState(m_registers, sensor);
         arv_fake_camera_set_fill_pattern(m_camera, Fill, this);
@@ -102,45 +102,49 @@ public:
 
     void SetLostPackets(double ratio) { g_object_set(m_server, "gvsp-lost-ratio", ratio, nullptr); }
     void SetEndlessAutomatic(bool endless) { m_endlessAutomatic = endless; }
-    /// While frames are taken, the thread that takes them changes their size, between two of them.
-    void SetFrameSize(int width, int height) {
-        m_newSize = FrameSize{std::clamp(width, smallestSide, twinSensorWidth),
-                              std::clamp(height, smallestSide, twinSensorHeight)};
-        if (m_registers.Read(reg::acquisition) == 0)
-            ApplyNewSize();
-    }
+    /// No size: what clients have set.
+    void SetFrameSize(FrameSize size) { m_forcedSize = size; }
 
 private:
-    struct FrameSize {
-        int width = 0; // 0: nothing new
-        int height = 0;
-    };
-
-    void ApplyNewSize() {
-        const FrameSize size = m_newSize.exchange(FrameSize());
-        if (size.width == 0)
-            return;
-        m_registers.Write(reg::width, static_cast<std::uint32_t>(size.width));
-        m_registers.Write(reg::height, static_cast<std::uint32_t>(size.height));
-    }
-
     static void Fill(ArvBuffer* buffer, void* server, guint32 /*exposureTimeUs*/, guint32 /*gain*/,
                      ArvPixelFormat format) {
         RunWhenIdle(); // this thread sends as well
         static_cast<Server*>(server)->TakeFrame(buffer, format);
     }
 
+    /// Clients' writes are taken by this thread, between two frames.
     void TakeFrame(ArvBuffer* buffer, ArvPixelFormat format) {
         StampFrame(buffer);
-        const CameraSettings settings = ReadSettings(m_registers);
+        CameraSettings settings = ReadSettings(m_registers);
         m_scene(settings.exposure, ++m_frames, m_mosaic);
-        CopyImage(buffer, format);
-        CameraSettings adjusted = settings;
-        AdjustAutomatically(adjusted, m_mosaic, m_endlessAutomatic);
-        WriteChanges(m_registers, settings, adjusted);
-        if (m_registers.Read(reg::acquisitionMode) == reg::acquisitionModeSingleFrame)
+        const bool sound = CopyImage(buffer, format);
+        AdjustAutomatically(settings, m_mosaic, m_endlessAutomatic);
+        WriteSettings(m_registers, settings);
+        KeepWithinBounds(m_registers, m_sensor);
+        // The server made room for what clients had asked for. It makes room anew at the next start only.
+        if (!sound || !HasSizeOf(buffer) ||
+            m_registers.Read(reg::acquisitionMode) == reg::acquisitionModeSingleFrame)
             m_registers.Write(reg::acquisition, 0);
-        ApplyNewSize();
+        ForceFrameSize();
+    }
+
+    bool HasSizeOf(ArvBuffer* buffer) const {
+        return m_registers.ReadLength(reg::width, 0, twinSensorWidth) == arv_buffer_get_image_width(buffer) &&
+               m_registers.ReadLength(reg::height, 0, twinSensorHeight) ==
+                   arv_buffer_get_image_height(buffer);
+    }
+
+    /// As long as a size is forced, another one in the registers is what a client has set meanwhile.
+    void ForceFrameSize() {
+        const FrameSize present = {m_registers.ReadLength(reg::width, 0, m_sensor.width),
+                                   m_registers.ReadLength(reg::height, 0, m_sensor.height)};
+        if (present != m_writtenSize)
+            m_clientSize = present;
+        const FrameSize forced = m_forcedSize;
+        m_writtenSize = {std::min(forced.width, m_sensor.width), std::min(forced.height, m_sensor.height)};
+        const FrameSize size = forced == FrameSize() ? m_clientSize : m_writtenSize;
+        m_registers.Write(reg::width, static_cast<std::uint32_t>(size.width));
+        m_registers.Write(reg::height, static_cast<std::uint32_t>(size.height));
     }
 
     /// The clock that clients can latch stands just behind the frame that was begun last. What they latch
@@ -149,29 +153,32 @@ private:
         m_registers.WriteLong(reg::timestampLatchValue64, arv_buffer_get_timestamp(buffer) + 1);
     }
 
-    /// The buffer tells no size before it is filled; it has room for the image that it is to hold.
-    void CopyImage(ArvBuffer* buffer, ArvPixelFormat arvFormat) {
-        const PixelFormat format = FormatOf(arvFormat);
+    /// The buffer tells no size before it is filled. It has room for the image that it is to hold, but only
+    /// where the size of that image is no larger than ours can be: the server multiplies in 32 bits. False
+    /// when nothing was written.
+    bool CopyImage(ArvBuffer* buffer, ArvPixelFormat arvFormat) {
+        const std::optional<PixelFormat> format = PixelFormatOf(arvFormat);
         const ImageRegion region = {m_registers.ReadLength(reg::offsetX, 0, twinSensorWidth),
                                     m_registers.ReadLength(reg::offsetY, 0, twinSensorHeight),
                                     arv_buffer_get_image_width(buffer), arv_buffer_get_image_height(buffer)};
+        if (!format || region.width < 0 || region.width > twinSensorWidth || region.height < 0 ||
+            region.height > twinSensorHeight)
+            return false;
         std::size_t received = 0;
         auto* const data =
             static_cast<std::uint8_t*>(const_cast<void*>(arv_buffer_get_data(buffer, &received)));
-        CopyRegion(m_mosaic, region, format, {data, ImageBytes(region, format)});
-    }
-
-    static PixelFormat FormatOf(ArvPixelFormat format) {
-        if (format == ARV_PIXEL_FORMAT_MONO_8)
-            return PixelFormat::Mono8;
-        return format == ARV_PIXEL_FORMAT_RGB_8_PACKED ? PixelFormat::Rgb8 : PixelFormat::BayerRg8;
+        CopyRegion(m_mosaic, region, *format, {data, ImageBytes(region, *format)});
+        return true;
     }
 
     const Scene& m_scene;
+    const SensorSize m_sensor;
     std::vector<std::uint8_t> m_mosaic;
     std::uint64_t m_frames = 0;
     std::atomic<bool> m_endlessAutomatic = false;
-    std::atomic<FrameSize> m_newSize = FrameSize();
+    std::atomic<FrameSize> m_forcedSize = FrameSize();
+    FrameSize m_writtenSize; // by us: the forced size of the last frame
+    FrameSize m_clientSize;
     ArvGvFakeCamera* m_server;
     ArvFakeCamera* m_camera;
     CameraRegisters m_registers;
@@ -192,8 +199,18 @@ void GigECamera::SetLostPackets(double ratio) {
 }
 
 void GigECamera::SetFrameSize(int width, int height) {
+    ForceFrameSize({std::clamp(width, smallestImageSide, twinSensorWidth),
+                    std::clamp(height, smallestImageSide, twinSensorHeight)});
+}
+
+void GigECamera::ClearFrameSize() {
+    ForceFrameSize({});
+}
+
+void GigECamera::ForceFrameSize(const FrameSize& size) {
+    m_frameSize = size;
     if (m_server != nullptr)
-        m_server->SetFrameSize(width, height);
+        m_server->SetFrameSize(size);
 }
 
 void GigECamera::SetEndlessAutomatic(bool endless) {
@@ -211,6 +228,7 @@ void GigECamera::PlugIn() {
         return;
     m_server = std::make_unique<Server>(m_address, m_serialNumber, m_scene, m_sensor);
     m_server->SetLostPackets(m_lostPackets);
+    m_server->SetFrameSize(m_frameSize);
     m_server->SetEndlessAutomatic(m_endlessAutomatic);
 }
 

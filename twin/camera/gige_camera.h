@@ -26,14 +26,23 @@ public:
 
     /// Faults. Each stays until it is taken back.
     void SetLostPackets(double ratio); // share of the packets, 0 to 1
-    void SetFrameSize(int width,
-                      int height);          // what is sent, whatever clients have set; clamped to the sensor
+    /// Frames have this size, within the sensor, whatever clients set; after a start one of theirs may come
+    /// first. A stream that was begun in a smaller size has to be begun anew.
+    void SetFrameSize(int width, int height);
+    void ClearFrameSize();                  // what clients have set holds again, after the next frame
     void SetEndlessAutomatic(bool endless); // "Once" never goes back to "Off"
     void Unplug();                          // nobody answers at the address any more
     void PlugIn();                          // as after switching it on
 
 private:
     class Server;
+    struct FrameSize {
+        int width = 0; // 0: none
+        int height = 0;
+        bool operator==(const FrameSize&) const = default;
+    };
+
+    void ForceFrameSize(const FrameSize& size);
 
     std::string m_address;
     std::string m_serialNumber;
@@ -41,6 +50,7 @@ private:
     SensorSize m_sensor;
     std::unique_ptr<Server> m_server; // none while unplugged
     double m_lostPackets = 0.0;
+    FrameSize m_frameSize;
     bool m_endlessAutomatic = false;
 };
 

@@ -91,7 +91,7 @@ void TwinDevices::Clear(FaultKind kind) {
     case FaultKind::LostPackets:
         return m_camera.SetLostPackets(0.0);
     case FaultKind::FrameSize:
-        return m_camera.SetFrameSize(twinSensorWidth, twinSensorHeight);
+        return m_camera.ClearFrameSize();
     case FaultKind::EndlessAutomatic:
         return m_camera.SetEndlessAutomatic(false);
     }
@@ -114,6 +114,7 @@ std::string TwinDevices::Obey(std::string_view line, bool& quit) {
 }
 
 void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options) {
+    std::signal(SIGPIPE, SIG_IGN);
     SignalLoop loop;
     TwinDevices devices(wafer, options);
     std::optional<ControlSocket> control;
@@ -131,7 +132,8 @@ void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options) {
     }
     std::printf("tessaro-twin: camera %s is ready at %s\n", options.serialNumber.c_str(),
                 options.cameraAddress.c_str());
-    std::fflush(stdout);
+    if (std::fflush(stdout) != 0) // nobody may be there to read it: no reason to end
+        std::fprintf(stderr, "tessaro-twin: could not say on standard output that the camera is ready\n");
     loop.Run();
 }
 

@@ -85,12 +85,7 @@ ExitCode Serve(const TwinOptions& options, const Wafer& wafer) {
     service.serialNumber = options.serialNumber;
     service.controlPath = options.controlSocket;
     service.quiet = options.quiet;
-    for (const std::string& text : options.faults) {
-        const auto fault = ParseFault(text);
-        if (const FaultError* const error = std::get_if<FaultError>(&fault))
-            return Refuse(error->reason);
-        service.faults.push_back(std::get<Fault>(fault));
-    }
+    service.faults = options.faults;
     ServeTwin(wafer, service);
     return Done;
 }

@@ -18,6 +18,8 @@ constexpr double densestPerMm2 = 1000.0;
 constexpr double mostFlakes = 1e6;
 constexpr double steepestTilt = 1.0;
 constexpr double farthestUm = 1e6;
+constexpr std::size_t longestSerialNumber = 15; // bytes, as GigE Vision has it
+constexpr std::string_view faultOption = "--fault";
 
 constexpr std::string_view helpText =
     "Usage: tessaro-twin [OPTION]...\n"
@@ -37,9 +39,11 @@ constexpr std::string_view helpText =
     "  --truth FILE          write all flakes to FILE, as JSON\n"
     "  --render FILE         write the picture that the operator would see to FILE (.png, .jpg) and exit\n"
     "  --camera-address A    the address that the camera serves (default 127.0.0.1)\n"
-    "  --serial-number NAME  the camera's (default TWIN01)\n"
-    "  --fault NAME[=ARG]    start with this fault; may be given several times\n"
-    "  --control SOCKET      take commands, a line each, from this local socket\n"
+    "  --serial-number NAME  the camera's, up to 15 bytes (default TWIN01)\n"
+    "  --fault NAME[=ARG]    start with this fault; may be given several times: camera-gone,\n"
+    "                        lost-packets[=SHARE], frame-size[=WIDTHxHEIGHT], endless-automatic\n"
+    "  --control SOCKET      take commands, a line each, from this local socket: move X,Y,Z,\n"
+    "                        fault NAME[=ARG], clear NAME, quit\n"
     "  --quiet               say nothing but what went wrong\n"
     "  --help                show this and exit\n"
     "  --version             show the version and exit\n"
@@ -82,9 +86,8 @@ bool TakePosition(std::string_view value, TwinOptions& options) {
     return true;
 }
 
-bool TakeFault(std::string_view value, TwinOptions& options) {
-    options.faults.emplace_back(value);
-    return !value.empty() && !value.starts_with('=');
+bool TakeSerialNumber(std::string_view value, TwinOptions& options) {
+    return value.size() <= longestSerialNumber && TakeText(value, options.serialNumber);
 }
 
 struct ValueOption {
@@ -119,10 +122,8 @@ constexpr std::array valueOptions = {
     ValueOption{
         "--camera-address",
         [](std::string_view value, TwinOptions& options) { return TakeText(value, options.cameraAddress); }},
-    ValueOption{
-        "--serial-number",
-        [](std::string_view value, TwinOptions& options) { return TakeText(value, options.serialNumber); }},
-    ValueOption{"--fault", TakeFault},
+    ValueOption{"--serial-number", TakeSerialNumber},
+    ValueOption{faultOption, [](std::string_view, TwinOptions&) { return true; }},
     ValueOption{"--control", [](std::string_view value,
                                 TwinOptions& options) { return TakeText(value, options.controlSocket); }},
 };
@@ -173,6 +174,12 @@ std::variant<TwinOptions, TwinOptionError> ParseTwinOptions(std::span<const std:
             equals == std::string_view::npos ? arguments.front() : argument.substr(equals + 1);
         if (equals == std::string_view::npos)
             arguments = arguments.subspan(1);
+        if (found->name == faultOption) {
+            const auto fault = ParseFault(value);
+            if (const FaultError* const error = std::get_if<FaultError>(&fault))
+                return Refused({error->reason});
+            options.faults.push_back(std::get<Fault>(fault));
+        }
         if (!found->take(value, options))
             return Refused({"'", value, "' is no value for ", name});
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "twin/sensor_renderer.h"
+#include "twin/service/fault.h"
 #include "twin/wafer.h"
 
 #include <optional>
@@ -20,8 +21,8 @@ struct TwinOptions {
     std::string renderFile;          // empty: not wanted
     std::string cameraAddress = "127.0.0.1";
     std::string serialNumber = "TWIN01";
-    std::vector<std::string> faults; // NAME or NAME=ARG each
-    std::string controlSocket;       // empty: none
+    std::vector<Fault> faults;
+    std::string controlSocket; // empty: none
     bool quiet = false;
     bool help = false;
     bool version = false;

@@ -64,8 +64,8 @@ TEST(TwinOptions, AllAreTaken) {
                                           "--serial-number",
                                           "A B",
                                           "--fault",
-                                          "one",
-                                          "--fault=two=3",
+                                          "camera-gone",
+                                          "--fault=lost-packets=0.5",
                                           "--control",
                                           "/c",
                                           "--quiet"});
@@ -81,7 +81,10 @@ TEST(TwinOptions, AllAreTaken) {
     EXPECT_EQ(options.renderFile, "r.PNG");
     EXPECT_EQ(options.cameraAddress, "127.0.0.2");
     EXPECT_EQ(options.serialNumber, "A B");
-    EXPECT_EQ(options.faults, (std::vector<std::string>{"one", "two=3"}));
+    ASSERT_EQ(options.faults.size(), 2U);
+    EXPECT_EQ(options.faults[0].kind, FaultKind::CameraGone);
+    EXPECT_EQ(options.faults[1].kind, FaultKind::LostPackets);
+    EXPECT_EQ(options.faults[1].share, 0.5);
     EXPECT_EQ(options.controlSocket, "/c");
     EXPECT_TRUE(options.quiet);
     EXPECT_EQ(Accepted({"--material", "tmdc"}).wafer.material, Material::tmdc);
@@ -104,7 +107,12 @@ TEST(TwinOptions, RefuseWhatIsNoValue) {
     EXPECT_EQ(Reason({"--at", "1,2"}), "'1,2' is no value for --at");
     EXPECT_EQ(Reason({"--at", "1,2,3,4"}), "'1,2,3,4' is no value for --at");
     EXPECT_EQ(Reason({"--at", "1,,3"}), "'1,,3' is no value for --at");
-    EXPECT_EQ(Reason({"--fault", "=3"}), "'=3' is no value for --fault");
+    EXPECT_EQ(Reason({"--fault", "=3"}),
+              "there is no fault '', only camera-gone, lost-packets, frame-size, endless-automatic");
+    EXPECT_EQ(Reason({"--render", "a.png", "--fault", "lost-packets=2"}), "'2' is no value for this fault");
+    EXPECT_EQ(Accepted({"--serial-number", "123456789012345"}).serialNumber, "123456789012345");
+    EXPECT_EQ(Reason({"--serial-number", "1234567890123456"}),
+              "'1234567890123456' is no value for --serial-number");
     EXPECT_EQ(Reason({"--truth="}), "'' is no value for --truth");
 }
 
@@ -124,10 +132,30 @@ TEST(TwinOptions, RefuseWhatDoesNotGoTogether) {
 }
 
 TEST(TwinOptions, HelpNamesEveryOption) {
-    for (const std::string_view name :
-         {"--seed", "--wafer-mm", "--density", "--material", "--substrate", "--tilt", "--focus-z", "--at",
-          "--truth", "--render", "--camera-address", "--serial-number", "--fault", "--control", "--quiet",
-          "--help", "--version"})
+    for (const std::string_view name : {"--seed",
+                                        "--wafer-mm",
+                                        "--density",
+                                        "--material",
+                                        "--substrate",
+                                        "--tilt",
+                                        "--focus-z",
+                                        "--at",
+                                        "--truth",
+                                        "--render",
+                                        "--camera-address",
+                                        "--serial-number",
+                                        "--fault",
+                                        "--control",
+                                        "--quiet",
+                                        "--help",
+                                        "--version",
+                                        "camera-gone",
+                                        "lost-packets[",
+                                        "frame-size[",
+                                        "endless-automatic",
+                                        "move X,Y,Z",
+                                        "clear NAME",
+                                        "quit"})
         EXPECT_NE(TwinHelp().find(name), std::string_view::npos) << name;
 }
 

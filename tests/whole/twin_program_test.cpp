@@ -129,6 +129,17 @@ TEST(TwinProgram, HasAFaultFromTheStartUntilItIsCleared) {
     EXPECT_FALSE(ArvClient("127.0.0.1").IsOpen());
 }
 
+TEST(TwinProgram, EndsOnATerminationSignalWhileAClientNeverFetchesItsAnswers) {
+    RunningTwin twin(TESSARO_TWIN, smallWafer);
+    ASSERT_TRUE(twin.IsReady()) << twin.Errors();
+    LocalClient client(twin.ControlPath());
+    const std::string lines = "move 1,2,3\nmove 1,2,3\nmove 1,2,3\nmove 1,2,3\n";
+    while (client.Send(lines))
+        ;
+    twin.Signal(SIGTERM);
+    EXPECT_EQ(twin.ExitStatus(), 0);
+}
+
 TEST(TwinProgram, SaysWhyItCannotServe) {
     const RunningTwin first(TESSARO_TWIN, smallWafer);
     ASSERT_TRUE(first.IsReady()) << first.Errors();

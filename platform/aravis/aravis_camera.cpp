@@ -37,12 +37,15 @@ AravisCamera::~AravisCamera() {
 
 template<typename Use>
 auto AravisCamera::Connected(Use use) {
+    if (m_connection == nullptr && m_wasLost)
+        throw CameraLostError(m_reason);
     if (m_connection == nullptr)
         throw CameraError(m_reason);
     try {
         return use(*m_connection);
     } catch (const CameraLostError& error) {
         m_reason = error.what();
+        m_wasLost = true;
         LetGo();
         throw;
     }
@@ -71,7 +74,7 @@ auto AravisCamera::OrEndGrab(Use use) {
 template<typename Question>
 bool AravisCamera::Answers(Question question) {
     try {
-        return IsOpen() && OnDevice(std::move(question));
+        return OnDevice(std::move(question));
     } catch (const CameraLostError&) {
         throw;
     } catch (const CameraError&) {
@@ -115,6 +118,7 @@ void AravisCamera::Open() {
     if (place.address)
         CheckThatNobodyControls(*place.address, limit);
     Connect(place, limit);
+    m_wasLost = false;
     m_acquisition = Acquisition::Continuous;
 }
 

@@ -67,6 +67,7 @@ private:
     std::unique_ptr<AravisConnection> m_connection;
     std::vector<LibraryThread::Ending> m_tearingDown;
     std::string m_reason = "The camera is not open";
+    bool m_wasLost = false; // and not found again
     int m_maxNumBuffer = 10;
     int m_remaining = 0;
     Acquisition m_acquisition = Acquisition::Continuous;

@@ -67,7 +67,7 @@ protected:
         const auto duration = DurationOf([&] {
             EXPECT_FALSE(m_device->IsOpen());
             EXPECT_FALSE(m_device->IsGrabbing());
-            EXPECT_FALSE(m_device->IsReadable("Width"));
+            EXPECT_THROW(m_device->IsReadable("Width"), CameraError);
             EXPECT_THROW(m_device->GetInteger("Width"), CameraError);
             EXPECT_THROW(m_device->SetMaxNumBuffer(1), CameraError);
             EXPECT_THROW(m_device->StartGrabbing(1), CameraError);

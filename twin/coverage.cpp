@@ -7,8 +7,8 @@
 namespace tessaro {
 namespace {
 
-/// The part of a polygon with inside(corner) true; where edges cross the line, crossing(a, b) gives the
-/// point.
+/// What is left of a polygon where inside(corner) is true; where edges cross the line, crossing(a, b) gives
+/// the point.
 template<typename Inside, typename Crossing>
 Outline Clipped(const Outline& outline, Inside inside, Crossing crossing) {
     Outline clipped;

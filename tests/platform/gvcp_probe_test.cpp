@@ -38,7 +38,8 @@ TEST(MeaningOf, IsWhoControlsTheCamera) {
 
 TEST(MeaningOf, IsUnclearWhereACameraDoesNotSay) {
     EXPECT_EQ(MeaningOf(Answer(0x80, 0x07, 0), number), CameraAnswer::Unclear) << "busy";
-    EXPECT_EQ(MeaningOf(Answer(0x80, 0x01, 0), number), CameraAnswer::Unclear) << "not implemented";
+    EXPECT_EQ(MeaningOf(Answer(0x80, 0x01, 0), number), CameraAnswer::Unclear)
+        << "the camera does not know the question";
     EXPECT_EQ(MeaningOf(Answer(0x00, 0x06, 0), number), CameraAnswer::Unclear);
     auto shortAnswer = Answer(0, 0, 2);
     shortAnswer.resize(11);

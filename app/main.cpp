@@ -4,6 +4,7 @@
 #include "app/program_options.h"
 #include "platform/posix/standard_streams.h"
 #include "platform/qt/qt_user_interface.h"
+#include "platform/standard/absent_serial_ports.h"
 
 #include <csignal>
 #include <cstdio>
@@ -45,7 +46,9 @@ int Start(std::span<const std::string_view> arguments) {
     if (const auto* error = std::get_if<OptionError>(&cameras))
         return Refuse(*error);
     QtUserInterface ui;
-    return RunProgram(ProgramGlobals(), ui.Adapters(), {*std::get<std::unique_ptr<CameraRuntime>>(cameras)});
+    AbsentSerialPorts serial;
+    return RunProgram(ProgramGlobals(), ui.Adapters(),
+                      {*std::get<std::unique_ptr<CameraRuntime>>(cameras), serial});
 }
 
 } // namespace

@@ -82,8 +82,7 @@ private:
             .ShowRanges(); // it was opened before they were known; what it shows wins later
     }
 
-    /// There is no serial line yet: the stage is offline.
-    void OpenStage() { m_globals.stage.offline = 1; }
+    void OpenStage() { m_globals.stage.Open(m_globals.windows.main); }
 
     void DispatchMessages() {
         Message message;

@@ -141,9 +141,13 @@ void ProgramOperations::LoadImportFile() {
                                       m_globals.camera.workingFrame);
 }
 
-void ProgramOperations::MoveAxisBy([[maybe_unused]] int axis, [[maybe_unused]] double um) {}
+void ProgramOperations::MoveAxisBy(int axis, double um) {
+    m_services.stageMotion.MoveAxisBy(axis, um);
+}
 
-void ProgramOperations::MoveToScanOrigin() {}
+void ProgramOperations::MoveToScanOrigin() {
+    m_services.stageMotion.MoveXY(m_globals.scan.originX, m_globals.scan.originY);
+}
 
 void ProgramOperations::FineFocus() {}
 

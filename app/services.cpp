@@ -8,11 +8,14 @@ Services::Services(Globals& g, UserInterface adapters, Devices devices)
     : globals(g), ui(adapters), status(ui.dialogs, g.windows, g.stage, g.shownPosition),
       liveView(g.liveTimer, ui.messages, g.windows),
       pump(ui.clock, ui.messages, ui.boxes, liveView, status, g.scan, g.stage, g.windows),
+      stageMotion(g.stage, pump, status, adapters.clock),
       camera(g.camera, devices.cameras, status, pump, ui.clock, std::cout),
       screen(g.screen, ui.drawing, ui.windows, g.windows, status, pump),
       images(g.folders, ui.folders, ui.pictures, ui.clock, screen, ui.drawing, g.windows, status, g.stage),
       focusMeter(g.measured, g.focusValue, status), analysisStatus(status),
       controlPanel(ui.dialogs, g.windows, g.settings, g.focusControl), aboutBox(ui.dialogs),
-      motorController(ui.windows) {}
+      motorController(ui.windows) {
+    g.stage.machine = {&devices.serial, &ui.boxes, &ui.clock};
+}
 
 } // namespace tessaro

@@ -15,6 +15,7 @@
 #include "platform/user_interface.h"
 #include "scan/control_panel.h"
 #include "stage/motor_controller.h"
+#include "stage/stage_motion.h"
 
 namespace tessaro {
 
@@ -29,6 +30,7 @@ struct Services {
     StatusLines status;
     LiveView liveView;
     MessagePump pump;
+    StageMotion stageMotion;
     Camera camera;
     Screen screen;
     ImageFiles images;

@@ -1,14 +1,9 @@
 #include "app/settings.h"
 
-#include <charconv>
-#include <system_error>
+#include "app/number_text.h"
 
 namespace tessaro {
 namespace {
-
-bool IsSpace(char character) {
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
 
 /// Walks along the line; every Take... returns false where the text stops being what the format asks for.
 class LineReader {
@@ -24,27 +19,10 @@ public:
 
     template<typename Number>
     bool Take(Number& value) {
-        const std::string_view rest = AfterSpaceAndPlus();
-        Number number{};
-        const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
-        if (error != std::errc())
-            return false;
-        value = number;
-        m_rest = rest.substr(static_cast<std::size_t>(end - rest.data()));
-        return true;
+        return TakeNumber(m_rest, value);
     }
 
 private:
-    /// Numbers may be preceded by white space and one plus sign, which std::from_chars does not take.
-    std::string_view AfterSpaceAndPlus() const {
-        std::string_view rest = m_rest;
-        while (!rest.empty() && IsSpace(rest.front()))
-            rest.remove_prefix(1);
-        if (rest.size() > 1 && rest[0] == '+' && rest[1] != '-')
-            rest.remove_prefix(1);
-        return rest;
-    }
-
     std::string_view m_rest;
 };
 

@@ -5,6 +5,7 @@
 #include "platform/fake/fake_user_interface.h"
 #include "platform/fake/scripted_camera.h"
 #include "platform/standard/absent_cameras.h"
+#include "platform/standard/absent_serial_ports.h"
 #include "scan/control_panel_ids.h"
 #include "support/drawn_frames.h"
 
@@ -29,7 +30,7 @@ class ProgramTest : public testing::Test {
 protected:
     int RunUntil(std::uint64_t end) {
         ui.messages.PostAt(end, {mainWindow, MessageKind::Close});
-        const int result = RunProgram(*globals, ui.Adapters(), {cameras});
+        const int result = RunProgram(*globals, ui.Adapters(), {cameras, serial});
         EXPECT_FALSE(ui.messages.waitedForEver);
         EXPECT_EQ(ui.drawing.contextsHeld, 0);
         return result;
@@ -92,6 +93,7 @@ protected:
 
     FakeUserInterface ui;
     AbsentCameras cameras;
+    AbsentSerialPorts serial;
     std::unique_ptr<Globals> globals = std::make_unique<Globals>(ui.folders);
 
 private:
@@ -169,7 +171,7 @@ TEST_F(ProgramTest, ShowsWhatACameraSeesOnceItIsAdjusted) {
                          ScriptedCamera::Samples(sensorByteCount, static_cast<std::uint8_t>(level)));
     At(350, [&] { EXPECT_EQ(*ui.drawing.windows.at(mainWindow).Pixel(600, 500), 80); });
     ui.messages.PostAt(450, {mainWindow, MessageKind::Close});
-    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {camera}), 0);
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {camera, serial}), 0);
     EXPECT_EQ(globals->camera.workingFrame.Data()[1000], 90);
     EXPECT_EQ(globals->camera.testPatternPhase, 0U);
     EXPECT_EQ(Information(), (Texts{"No camera detected", "Camera Opening", "Camera Auto Gain Control",
@@ -182,7 +184,7 @@ TEST_F(ProgramTest, LetsGoOfTheCameraWhenItEnds) {
     ScriptedCamera camera([](const std::string& breach) { ADD_FAILURE() << breach; });
     At(started, [&] { EXPECT_NE(globals->camera.camera, nullptr); });
     ui.messages.PostAt(started, {mainWindow, MessageKind::Close});
-    RunProgram(*globals, ui.Adapters(), {camera});
+    RunProgram(*globals, ui.Adapters(), {camera, serial});
     EXPECT_EQ(globals->camera.camera, nullptr);
     EXPECT_EQ(globals->camera.present, 0);
     EXPECT_TRUE(HasCall("write Config.txt"));
@@ -207,7 +209,7 @@ TEST_F(ProgramTest, HoldsTwoGrainTablesFromBeforeItsWindowsUntilItsEnd) {
 TEST_F(ProgramTest, WithoutAMainWindowReturnsZeroAndTouchesNoSettings) {
     ui.windows.failMaking = {"Tessaro"};
     ui.folders.Put(globals->folders.settings, "5,-20.5\n");
-    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {cameras}), 0);
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {cameras, serial}), 0);
     EXPECT_FALSE(HasCall("read Config.txt"));
     EXPECT_FALSE(HasCall("write Config.txt"));
     EXPECT_FALSE(HasCall("make popup_controller"));
@@ -227,7 +229,7 @@ TEST_F(ProgramTest, GoesOnWithoutAMotorController) {
 
 TEST_F(ProgramTest, ReturnsTheExitCodeOfTheQuitMessage) {
     At(started + 1, [&] { ui.messages.PostQuit(7); });
-    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {cameras}), 7);
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {cameras, serial}), 7);
     EXPECT_EQ(Config(), defaultLine);
 }
 
@@ -236,7 +238,7 @@ TEST_F(ProgramTest, DispatchesWhatIsLeftBeforeItQuits) {
         ui.messages.PostQuit(0);
         ChooseAt(started + 1, command::information);
     });
-    RunProgram(*globals, ui.Adapters(), {cameras});
+    RunProgram(*globals, ui.Adapters(), {cameras, serial});
     EXPECT_EQ(ui.dialogs.modalResources, std::vector<int>{103});
 }
 
@@ -459,9 +461,9 @@ TEST_F(ProgramTest, ShowsNoiseAndFocusAfterAnyKey) {
 TEST_F(ProgramTest, DoesNothingForPauseAndStopOutsideAPump) {
     ChooseAt(250, command::pauseResume);
     ChooseAt(251, command::stop);
+    At(252, [&] { EXPECT_EQ(globals->stage.ioBuffer[0], '\0') << "no stop was even tried"; });
     RunUntil(300);
     EXPECT_EQ(globals->scan.paused, 0);
-    EXPECT_EQ(globals->stage.ioBuffer[0], '\0') << "no stop was even tried";
     EXPECT_EQ(Information(), Texts(3, "No camera detected"));
 }
 
@@ -469,9 +471,9 @@ TEST_F(ProgramTest, PausesAndStopsInsideAPump) {
     ChooseAt(250, command::redImage);
     ChooseAt(300, command::pauseResume);
     ChooseAt(310, command::stop);
+    At(320, [&] { EXPECT_STREQ(globals->stage.ioBuffer.data(), "O") << "the last of the three stops"; });
     RunUntil(2300);
     EXPECT_EQ(globals->scan.paused, 1);
-    EXPECT_STREQ(globals->stage.ioBuffer.data(), "O") << "the last of the three stops";
     EXPECT_EQ(Information().back(), "Paused...");
 }
 
@@ -482,7 +484,7 @@ TEST_F(ProgramTest, NeverTriesTheStageForThereIsNoLine) {
 
 TEST_F(ProgramTest, EndsByTheMenu) {
     ChooseAt(250, command::exit);
-    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {cameras}), 0);
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {cameras, serial}), 0);
     EXPECT_FALSE(ui.messages.waitedForEver);
     EXPECT_EQ(ui.clock.now, 350U) << "100 ms for the stage";
     EXPECT_TRUE(ui.windows.windows.empty());

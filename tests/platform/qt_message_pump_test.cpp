@@ -1,5 +1,6 @@
 #include "app/message_pump.h"
 #include "app/resource_ids.h"
+#include "platform/fake/recording_port.h"
 #include "tests/platform/operator_input.h"
 #include "tests/platform/qt_machine.h"
 #include "tests/platform/recording_procedures.h"
@@ -14,31 +15,19 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/time.h>
+#include <vector>
 
 namespace tessaro {
 namespace {
 
-/// A line that keeps what the stage is told.
-class ListeningPort : public SerialPort {
-public:
-    bool Write(std::span<const std::uint8_t> bytes, std::uint32_t& written) override {
-        for (const std::uint8_t byte : bytes) {
-            if (byte != 0)
-                told += static_cast<char>(byte);
-        }
-        written = static_cast<std::uint32_t>(bytes.size());
-        return true;
-    }
-    std::int32_t LastError() const override { return 0; }
-
-    std::string told;
-};
+const std::vector<std::string> stopOfAllAxes = {{"n", 2}, {"N", 2}, {"O", 2}}; // with their terminators
 
 /// The pump on real windows: the main window with its menu, the control panel and the motor controller.
 class QtMessagePump : public testing::Test {
 protected:
     QtMessagePump() {
-        m_stage.hComm = &m_port;
+        m_stage.machine.serial = &m_port;
+        m_stage.hComm = RecordingPort::line;
         m_machine.ui.windows.RegisterWindowClass({"main", &m_main, 109});
         m_machine.ui.windows.RegisterWindowClass({"motor", &m_motor});
         m_windows.main = m_machine.ui.windows.MakeWindow({"main", "Main", {}, 0, 0, 700, 500});
@@ -103,7 +92,7 @@ protected:
     RecordingWindowProcedure m_motor;
     RecordingDialogProcedure m_panel;
     ProgramWindows m_windows;
-    ListeningPort m_port;
+    RecordingPort m_port;
     StageLink m_stage;
     LiveTimer m_liveTimer;
     ScanState m_scan;
@@ -180,7 +169,7 @@ TEST_F(QtMessagePump, StopsTheStageByAClickAndLetsTheClickHappen) {
             operator_input::Click(View());
     });
     EXPECT_EQ(m_pump.PumpMessages(60), 1);
-    EXPECT_EQ(m_port.told, "nNO");
+    EXPECT_EQ(m_port.writes, stopOfAllAxes);
     EXPECT_EQ(m_main.Count(MessageKind::LeftButtonPress), 1U);
 }
 
@@ -191,7 +180,7 @@ TEST_F(QtMessagePump, StopsTheStageByAButtonAndStillFiresIt) {
             operator_input::Click(*QtMachine::Control("Control Panel", 1032));
     });
     m_pump.PumpMessages(60);
-    EXPECT_EQ(m_port.told, "nNO");
+    EXPECT_EQ(m_port.writes, stopOfAllAxes);
     EXPECT_EQ(m_panel.Count(1032, Notification::Clicked), 1U);
 }
 
@@ -203,7 +192,7 @@ TEST_F(QtMessagePump, LeavesPressesInTheMotorControllerAlone) {
             operator_input::Click(*motor->childAt(motor->rect().center()));
     });
     m_pump.PumpMessages(60);
-    EXPECT_EQ(m_port.told, "");
+    EXPECT_TRUE(m_port.writes.empty());
     EXPECT_EQ(m_motor.Count(MessageKind::LeftButtonPress), 1U);
 }
 
@@ -214,7 +203,7 @@ TEST_F(QtMessagePump, StopsTheStageByTheMenuCommandButNotByOpeningTheMenu) {
             TriggerMenu(command::stop);
     });
     m_pump.PumpMessages(40);
-    EXPECT_EQ(m_port.told, "nNO");
+    EXPECT_EQ(m_port.writes, stopOfAllAxes);
     EXPECT_EQ(m_main.Count(MessageKind::Command), 1U);
 }
 
@@ -229,7 +218,7 @@ TEST_F(QtMessagePump, EndsAtOnceWhenTheOperatorWantsToStopTheScan) {
     EXPECT_EQ(m_asked, 1);
     EXPECT_EQ(m_texts, "Warning: Do you want to stop, now ?");
     EXPECT_EQ(m_scan.stopRequested, 1);
-    EXPECT_EQ(m_port.told, "");
+    EXPECT_TRUE(m_port.writes.empty());
     m_machine.DispatchAll();
     EXPECT_EQ(m_panel.Count(1013, Notification::Clicked), 0U) << "the press was kept from its button";
     QtMachine::PassTime(150);
@@ -314,7 +303,7 @@ TEST_F(QtMessagePump, IgnoresPressesOnTheMenu) {
     });
     m_pump.PumpMessages(40);
     EXPECT_NE(QApplication::activePopupWidget(), nullptr) << "the menu is open";
-    EXPECT_EQ(m_port.told, "");
+    EXPECT_TRUE(m_port.writes.empty());
 }
 
 } // namespace

@@ -1,5 +1,5 @@
+#include "platform/fake/recording_port.h"
 #include "stage/stage_link.h"
-#include "support/recording_port.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,10 @@ std::string Terminated(std::string text) {
 
 class StageLinkTest : public testing::Test {
 protected:
-    StageLinkTest() { stage.hComm = &port; }
+    StageLinkTest() {
+        stage.machine.serial = &port;
+        stage.hComm = RecordingPort::line;
+    }
 
     RecordingPort port;
     StageLink stage;
@@ -23,7 +26,7 @@ protected:
 
 TEST(StageLink, StartsAtTheOriginWithoutALine) {
     const StageLink stage;
-    EXPECT_EQ(stage.hComm, nullptr);
+    EXPECT_EQ(stage.hComm, SerialHandle::None);
     EXPECT_EQ(stage.offline, 0);
     EXPECT_EQ(stage.position, (std::array<double, 3>{0.0, 0.0, 0.0}));
     EXPECT_EQ(stage.speed, (std::array<std::int32_t, 3>{1500, 1500, 1500}));
@@ -74,8 +77,8 @@ TEST_F(StageLinkTest, StaysOfflineWhenTheLineComesBack) {
     EXPECT_TRUE(port.writes.empty());
 }
 
-TEST_F(StageLinkTest, WithoutALineGoesOfflineAtTheFirstText) {
-    stage.hComm = nullptr;
+TEST(StageLink, WithoutALineGoesOfflineAtTheFirstText) {
+    StageLink stage;
     EXPECT_EQ(stage.WriteText("n"), 0);
     EXPECT_EQ(stage.offline, 1);
     EXPECT_STREQ(stage.commandText.data(), "Error for n: 6");

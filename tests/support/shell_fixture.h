@@ -5,10 +5,10 @@
 #include "app/resource_ids.h"
 #include "app/status_lines.h"
 #include "platform/fake/fake_user_interface.h"
+#include "platform/fake/recording_port.h"
 #include "scan/control_panel_ids.h"
 #include "scan/scan_state.h"
 #include "stage/stage_link.h"
-#include "support/recording_port.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,8 @@ protected:
         windows.main = ui.windows.MakeWindow({"main", "Main"});
         windows.motorController = ui.windows.MakeWindow({"popup", "Popup"});
         windows.controlPanel = ui.dialogs.CreateModeless(resource::controlPanel, windows.main, m_silent);
-        stage.hComm = &port;
+        stage.machine = {&port, &ui.boxes, &ui.clock};
+        stage.hComm = RecordingPort::line;
     }
 
     void ClosePanel() {

@@ -2,30 +2,7 @@
 #include "analysis/decision.h"
 #include "analysis/grouping.h"
 #include "support/analysis_fixture.h"
-
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-int allocations = 0; // of the whole test program
-
-}
-
-// Not inlined: a compiler that sees only one of them into its caller takes them for mismatched.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* memory = std::malloc(size))
-        return memory;
-    throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
+#include "support/watched_memory.h"
 
 namespace tessaro {
 namespace {
@@ -48,9 +25,9 @@ TEST_F(Allocation, HappensForNoField) {
     for (int i = 0; i < 40; ++i)
         painter.Disk(150 + painter.Below(900), 50 + painter.Below(900), 15 + painter.Below(20),
                      singleLayer100);
-    const int before = allocations;
+    const std::size_t before = blocksTaken;
     AnalyseField();
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(blocksTaken, before);
     EXPECT_GT(field.findings.groupCount, 5);
 }
 

@@ -1,6 +1,6 @@
 #include "analysis/channel_view.h"
 #include "support/imaging_fixture.h"
-#include "support/refused_memory.h"
+#include "support/watched_memory.h"
 
 namespace tessaro {
 namespace {

@@ -1,28 +1,5 @@
+#include "support/watched_memory.h"
 #include "tests/camera/camera_fixture.h"
-
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-int allocations = 0; // of the whole test program
-
-}
-
-// Not inlined: a compiler that sees only one of them into its caller takes them for mismatched.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* memory = std::malloc(size))
-        return memory;
-    throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
 
 namespace tessaro {
 namespace {
@@ -37,18 +14,18 @@ TEST_F(CameraMemory, IsNeverTakenForAFrame) {
             scripted.ThenBrokenImage();
             ThenEvenImage(50);
         }
-        const int before = allocations;
+        const std::size_t before = blocksTaken;
         camera.GrabFrame(frames);
-        EXPECT_EQ(allocations, before) << frames;
+        EXPECT_EQ(blocksTaken, before) << frames;
         EXPECT_EQ(WorkingByte(1, 1, 1), 50);
     }
-    EXPECT_GT(allocations, 0) << "they are counted";
+    EXPECT_GT(blocksTaken, 0U) << "they are counted";
 }
 
 TEST_F(CameraMemory, IsNeverTakenForTheTestPattern) {
-    const int before = allocations;
+    const std::size_t before = blocksTaken;
     camera.GrabFrame(4);
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(blocksTaken, before);
     EXPECT_EQ(session->testPatternPhase, 50U);
 }
 

@@ -1,5 +1,5 @@
 #include "support/imaging_fixture.h"
-#include "support/refused_memory.h"
+#include "support/watched_memory.h"
 
 namespace tessaro {
 namespace {

@@ -1,5 +1,5 @@
 #include "platform/qt/qt_picture_files.h"
-#include "support/refused_memory.h"
+#include "support/watched_memory.h"
 #include "tests/platform/sample_pictures.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,11 @@
-#include "support/refused_memory.h"
+#include "support/watched_memory.h"
 
 #include <cstdlib>
 #include <new>
 
 namespace tessaro {
 
+std::size_t blocksTaken = 0;
 std::size_t refusedBlock = 0;
 std::size_t refusedNothrowBlock = 0;
 
@@ -28,6 +29,7 @@ void* TakeWithoutThrowing(std::size_t size) noexcept {
 
 // Not inlined: a compiler that sees only one of them into its caller takes them for mismatched.
 [[gnu::noinline]] void* operator new(std::size_t size) {
+    ++tessaro::blocksTaken;
     if (void* memory = Take(size))
         return memory;
     throw std::bad_alloc();

@@ -1,6 +1,6 @@
 #include "app/message_pump.h"
 #include "app/resource_ids.h"
-#include "platform/fake/recording_port.h"
+#include "platform/fake/scripted_serial_port.h"
 #include "tests/platform/operator_input.h"
 #include "tests/platform/qt_machine.h"
 #include "tests/platform/recording_procedures.h"
@@ -27,7 +27,8 @@ class QtMessagePump : public testing::Test {
 protected:
     QtMessagePump() {
         m_stage.machine.serial = &m_port;
-        m_stage.hComm = RecordingPort::line;
+        m_stage.hComm = m_port.Open(m_port.PortName(3));
+        m_port.TakeAnyWrite();
         m_machine.ui.windows.RegisterWindowClass({"main", &m_main, 109});
         m_machine.ui.windows.RegisterWindowClass({"motor", &m_motor});
         m_windows.main = m_machine.ui.windows.MakeWindow({"main", "Main", {}, 0, 0, 700, 500});
@@ -92,7 +93,8 @@ protected:
     RecordingWindowProcedure m_motor;
     RecordingDialogProcedure m_panel;
     ProgramWindows m_windows;
-    RecordingPort m_port;
+    VirtualClock m_lineClock; // nothing is read
+    ScriptedSerialPorts m_port{m_lineClock};
     StageLink m_stage;
     LiveTimer m_liveTimer;
     ScanState m_scan;

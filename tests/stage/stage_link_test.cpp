@@ -1,4 +1,4 @@
-#include "platform/fake/recording_port.h"
+#include "platform/fake/scripted_serial_port.h"
 #include "stage/stage_link.h"
 
 #include <gtest/gtest.h>
@@ -17,10 +17,12 @@ class StageLinkTest : public testing::Test {
 protected:
     StageLinkTest() {
         stage.machine.serial = &port;
-        stage.hComm = RecordingPort::line;
+        stage.hComm = port.Open("line 3");
+        port.TakeAnyWrite();
     }
 
-    RecordingPort port;
+    VirtualClock clock;
+    ScriptedSerialPorts port{clock};
     StageLink stage;
 };
 
@@ -50,8 +52,7 @@ TEST_F(StageLinkTest, SaysOnStandardOutputWhatWasSent) {
 }
 
 TEST_F(StageLinkTest, GoesOfflineWhenTheLineBreaksAndKeepsTheReason) {
-    port.broken = true;
-    port.error = 31;
+    port.FailAt("Write", 1, 31);
     testing::internal::CaptureStdout();
     EXPECT_EQ(stage.WriteText("m-4"), 0);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
@@ -70,9 +71,8 @@ TEST_F(StageLinkTest, WritesNothingWhileOffline) {
 }
 
 TEST_F(StageLinkTest, StaysOfflineWhenTheLineComesBack) {
-    port.broken = true;
+    port.FailAt("Write");
     stage.WriteText("n");
-    port.broken = false;
     EXPECT_EQ(stage.WriteText("n"), 0);
     EXPECT_TRUE(port.writes.empty());
 }
@@ -85,7 +85,7 @@ TEST(StageLink, WithoutALineGoesOfflineAtTheFirstText) {
 }
 
 TEST_F(StageLinkTest, CutsAReasonThatIsTooLong) {
-    port.broken = true;
+    port.HangUp();
     stage.WriteText(std::string(200, 'x'));
     EXPECT_EQ(std::string(stage.commandText.data()), "Error for " + std::string(89, 'x'));
 }
@@ -131,10 +131,10 @@ TEST_F(StageLinkTest, StopsNoAxisThatDoesNotExist) {
 }
 
 TEST_F(StageLinkTest, StopsTheOtherAxesInVainWhenTheLineBreaksAtTheFirst) {
-    port.broken = true;
+    port.HangUp();
     for (const int axis : {axisX, axisY, axisZ})
         stage.StopAxis(axis);
-    EXPECT_STREQ(stage.commandText.data(), "Error for n: 0");
+    EXPECT_STREQ(stage.commandText.data(), "Error for n: 31");
     EXPECT_STREQ(stage.ioBuffer.data(), "O");
 }
 

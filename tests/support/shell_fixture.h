@@ -5,7 +5,7 @@
 #include "app/resource_ids.h"
 #include "app/status_lines.h"
 #include "platform/fake/fake_user_interface.h"
-#include "platform/fake/recording_port.h"
+#include "platform/fake/scripted_serial_port.h"
 #include "scan/control_panel_ids.h"
 #include "scan/scan_state.h"
 #include "stage/stage_link.h"
@@ -27,7 +27,8 @@ protected:
         windows.motorController = ui.windows.MakeWindow({"popup", "Popup"});
         windows.controlPanel = ui.dialogs.CreateModeless(resource::controlPanel, windows.main, m_silent);
         stage.machine = {&port, &ui.boxes, &ui.clock};
-        stage.hComm = RecordingPort::line;
+        stage.hComm = port.Open(port.PortName(3));
+        port.TakeAnyWrite();
     }
 
     void ClosePanel() {
@@ -43,7 +44,7 @@ protected:
 
     FakeUserInterface ui;
     ProgramWindows windows;
-    RecordingPort port;
+    ScriptedSerialPorts port{ui.clock};
     StageLink stage;
     ScanState scan;
     LiveTimer liveTimer;

@@ -34,11 +34,17 @@ std::size_t Index(int axis) {
     return static_cast<std::size_t>(axis);
 }
 
+bool IsLine(SerialHandle handle) {
+    return handle != SerialHandle::None && handle != SerialHandle::Invalid;
+}
+
 } // namespace
 
 int StageLink::Open(WindowHandle owner) {
     if (offline == 0)
         Close();
+    else if (IsLine(hComm))
+        machine.serial->Close(hComm); // one that broke still keeps its device from being opened
     if (!OpenLine(owner))
         return stage_open::failed;
     if (const int result = SetUpLine(); result != stage_open::ready)
@@ -50,8 +56,6 @@ int StageLink::Open(WindowHandle owner) {
 
 /// Where no line is wanted, being offline is nothing to warn of.
 bool StageLink::OpenLine(WindowHandle owner) {
-    if (hComm != SerialHandle::None && hComm != SerialHandle::Invalid)
-        machine.serial->Close(hComm); // one that broke still keeps its device from being opened
     const std::string name = machine.serial->PortName(portNumber);
     hComm = name.empty() ? SerialHandle::Invalid : machine.serial->Open(name);
     offline = hComm == SerialHandle::Invalid ? 1 : 0;
@@ -100,7 +104,7 @@ int StageLink::Close() {
     if (hComm == SerialHandle::Invalid || offline == 1)
         return 0;
     offline = 1;
-    if (machine.serial != nullptr)
+    if (IsLine(hComm))
         machine.serial->Close(hComm);
     return 0;
 }
@@ -137,20 +141,24 @@ bool StageLink::ReadReply(std::uint32_t& count) {
 }
 
 double StageLink::QueryPosition(int axis) {
-    if (!IsAxis(axis))
-        return 0.0; // nobody has stored where it is
-    double& stored = position[Index(axis)];
     if (offline == 1)
-        return stored;
-    WriteText(queryCommands[Index(axis)]);
+        return StoredPosition(axis);
+    if (IsAxis(axis))
+        WriteText(queryCommands[Index(axis)]);
     if (hComm == SerialHandle::Invalid)
         return 0.0;
     lastResult = ReadReply(bytesTransferred) ? 1 : 0;
     if (lastResult == 0)
         return 0.0;
-    if (const auto steps = ParsedInteger(ioBuffer.data()))
-        stored = MicrometresOf(*steps);
-    return stored;
+    const auto steps = ReceivedSteps(0);
+    if (!steps.has_value())
+        return StoredPosition(axis);
+    SetStoredPosition(axis, MicrometresOf(*steps));
+    return MicrometresOf(*steps);
+}
+
+std::optional<std::int32_t> StageLink::ReceivedSteps(std::size_t first) const {
+    return ParsedInteger({ioBuffer.data() + first, ioBuffer.size() - first});
 }
 
 void StageLink::SetSpeed(int axis, std::int32_t umPerSecond) {
@@ -173,6 +181,11 @@ void StageLink::StartMove(int axis, double target) {
 void StageLink::StopAxis(int axis) {
     if (IsAxis(axis))
         SendCommand(stopCommands[Index(axis)]);
+}
+
+/// Nobody has stored where an axis is that does not exist.
+double StageLink::StoredPosition(int axis) const {
+    return IsAxis(axis) ? position[Index(axis)] : 0.0;
 }
 
 void StageLink::SetStoredPosition(int axis, double um) {

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace tessaro {
@@ -69,7 +70,8 @@ struct StageLink {
 
     /// Asks the controller where an axis is, and returns it in um; it waits 150 ms at most. Offline, or
     /// without an answer that begins with a number, the stored position; 0 when the line cannot be read. A
-    /// read without any bytes leaves the reply before it in place, which then counts once more.
+    /// read without any bytes leaves the reply before it in place, which then counts once more. For an axis
+    /// that does not exist nothing is asked or stored.
     double QueryPosition(int axis);
 
     /// um/s, clamped to 1 to 5000. Nothing for an axis that does not exist.
@@ -91,7 +93,11 @@ struct StageLink {
     /// broken.
     bool ReadReply(std::uint32_t& count);
 
+    /// The number in ioBuffer that begins at this byte; nothing where none does, or none that fits.
+    std::optional<std::int32_t> ReceivedSteps(std::size_t first) const;
+
 private:
+    double StoredPosition(int axis) const;
     bool OpenLine(WindowHandle owner);
     int SetUpLine();
     void WakeController();

@@ -95,7 +95,7 @@ private:
 
     /// Whichever axis moves, the wait goes on as long as one does.
     bool TakeProgress(std::size_t axis) {
-        const auto steps = ParsedInteger(m_link.ioBuffer.data() + 1);
+        const auto steps = m_link.ReceivedSteps(1);
         if (steps.has_value()) {
             ShowProgress("moving: %d/%d");
             m_link.position[axis] = MicrometresOf(*steps);
@@ -143,9 +143,12 @@ struct SharedMove {
     std::int32_t shorter = 0;
 };
 
-/// A way too short for a millisecond needs no other speed.
+constexpr double longestMs = 1e18; // nothing that a controller can be told takes as long
+
+/// A way too short for a millisecond needs no other speed, and what is no way of a stage is not waited for.
 SharedMove Share(double longerWay, double shorterWay, std::int32_t speed) {
-    const auto time = static_cast<std::uint64_t>(longerWay * millisecondsPerSecond / speed);
+    const double exactTime = longerWay * millisecondsPerSecond / speed;
+    const auto time = static_cast<std::uint64_t>(exactTime < longestMs ? exactTime : 0.0);
     const double shorter = time > 0 ? shorterWay * millisecondsPerSecond / static_cast<double>(time) : speed;
     return {time, speed, TruncatedToInt32(shorter)};
 }

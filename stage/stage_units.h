@@ -6,9 +6,9 @@
 
 namespace tessaro {
 
-/// Micrometres to motor steps, and um/s to steps/s: toward zero, 1 um = 1.6 steps. The order of the two
-/// factors decides about the last bit, and the truncation shows it. What no controller can be told is the
-/// nearest that it can.
+/// Micrometres to motor steps, and um/s to steps/s: toward zero, 1 um = 1.6 steps. A target that is short of
+/// a whole step by the last bit alone may be rounded up to it, as by no other expression. What no controller
+/// can be told is the nearest that it can.
 inline std::int32_t StepsOf(double um) {
     return TruncatedToInt32(um * 0.2 * 8.0);
 }

@@ -1,7 +1,11 @@
 #include "platform/fake/scripted_serial_port.h"
 #include "stage/stage_link.h"
+#include "stage/stage_units.h"
 
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <utility>
 
 namespace tessaro {
 namespace {
@@ -136,6 +140,138 @@ TEST_F(StageLinkTest, StopsTheOtherAxesInVainWhenTheLineBreaksAtTheFirst) {
         stage.StopAxis(axis);
     EXPECT_STREQ(stage.commandText.data(), "Error for n: 31");
     EXPECT_STREQ(stage.ioBuffer.data(), "O");
+}
+
+TEST_F(StageLinkTest, MovesEachAxisByItsLetterWithoutWaiting) {
+    stage.StartMove(axisX, -2.5);
+    stage.StartMove(axisY, 1000.0);
+    stage.StartMove(axisZ, 13.0);
+    EXPECT_EQ(port.writes, (Writes{Terminated("m-4"), Terminated("M1600"), Terminated("L20")}));
+    EXPECT_EQ(clock.now, 0U);
+    EXPECT_EQ(stage.position, (std::array<double, 3>{})) << "the controller tells where it is";
+}
+
+TEST_F(StageLinkTest, MovesAtOnceWhileOffline) {
+    stage.offline = 1;
+    stage.StartMove(axisY, 12.34);
+    EXPECT_EQ(stage.position, (std::array<double, 3>{0.0, 12.34, 0.0})) << "not in whole steps";
+    EXPECT_TRUE(port.writes.empty());
+}
+
+TEST_F(StageLinkTest, MovesAtOnceWhenTheLineBreaksAtTheCommand) {
+    port.HangUp();
+    stage.StartMove(axisX, 50.0);
+    EXPECT_EQ(stage.offline, 1);
+    EXPECT_EQ(stage.position[0], 50.0);
+}
+
+TEST_F(StageLinkTest, SendsTheLastCommandOnceMoreForAnAxisThatDoesNotExist) {
+    stage.StartMove(axisY, 1000.0);
+    stage.StartMove(3, 5.0);
+    stage.StartMove(-1, 5.0);
+    EXPECT_EQ(port.writes, Writes(3, Terminated("M1600")));
+    stage.offline = 1;
+    stage.StartMove(3, 5.0);
+    EXPECT_EQ(stage.position, (std::array<double, 3>{}));
+}
+
+TEST_F(StageLinkTest, TellsTheControllerTheNearestTargetThatItCanBeTold) {
+    for (const double target : {1e300, -1e300, std::nan(""), 1342177279.375})
+        stage.StartMove(axisX, target);
+    EXPECT_EQ(port.writes, (Writes{Terminated("m2147483647"), Terminated("m-2147483648"), Terminated("m0"),
+                                   Terminated("m2147483647")}));
+}
+
+struct SpeedCase {
+    int axis;
+    std::int32_t speed; // um/s
+    std::int32_t stored;
+    const char* command;
+};
+
+class StageSpeed : public StageLinkTest, public testing::WithParamInterface<SpeedCase> {};
+
+TEST_P(StageSpeed, IsClampedStoredAndSentInStepsPerSecond) {
+    const SpeedCase& expected = GetParam();
+    stage.SetSpeed(expected.axis, expected.speed);
+    EXPECT_EQ(port.writes, Writes{Terminated(expected.command)});
+    EXPECT_EQ(stage.speed[static_cast<std::size_t>(expected.axis)], expected.stored);
+    EXPECT_STREQ(stage.commandText.data(), expected.command);
+}
+
+INSTANTIATE_TEST_SUITE_P(Speeds, StageSpeed,
+                         testing::Values(SpeedCase{axisX, 9000, 5000, "s8000"},
+                                         SpeedCase{axisX, 5001, 5000, "s8000"},
+                                         SpeedCase{axisX, 4999, 4999, "s7998"}, SpeedCase{axisY, 0, 1, "S1"},
+                                         SpeedCase{axisY, -2147483647, 1, "S1"},
+                                         SpeedCase{axisY, 2147483647, 5000, "S8000"},
+                                         SpeedCase{axisZ, 1, 1, "T1"}, SpeedCase{axisZ, 2, 2, "T3"},
+                                         SpeedCase{axisZ, 1500, 1500, "T2400"}));
+
+TEST_F(StageLinkTest, SetsNoSpeedOfAnAxisThatDoesNotExist) {
+    stage.SetSpeed(3, 100);
+    stage.SetSpeed(-1, 100);
+    EXPECT_TRUE(port.writes.empty());
+    EXPECT_EQ(stage.commandText[0], '\0');
+    EXPECT_EQ(stage.speed, (std::array<std::int32_t, 3>{1500, 1500, 1500}));
+    EXPECT_EQ(stage.portNumber, 3);
+}
+
+TEST_F(StageLinkTest, StoresASpeedWhileOffline) {
+    stage.offline = 1;
+    stage.SetSpeed(axisX, 300);
+    EXPECT_EQ(stage.speed[0], 300);
+    EXPECT_TRUE(port.writes.empty());
+}
+
+TEST_F(StageLinkTest, CountsWhatWentOutOfATextThatDidNotFit) {
+    port.room = 3;
+    EXPECT_EQ(stage.WriteText("M1600"), 1) << "that the time was up is no failure";
+    EXPECT_EQ(stage.bytesTransferred, 3U);
+    EXPECT_EQ(stage.offline, 0);
+}
+
+TEST_F(StageLinkTest, StoresPositionsOfItsAxesWithoutSpeaking) {
+    stage.SetStoredPosition(axisZ, 7.5);
+    stage.SetStoredPosition(3, 9.0);
+    stage.SetStoredPosition(-1, 9.0);
+    EXPECT_EQ(stage.position, (std::array<double, 3>{0.0, 0.0, 7.5}));
+    EXPECT_TRUE(port.writes.empty());
+}
+
+TEST(StageUnits, AreWholeStepsTowardZero) {
+    const std::vector<std::pair<double, std::int32_t>> cases = {{0.0, 0},
+                                                                {0.625, 1},
+                                                                {0.624, 0},
+                                                                {-0.5, 0},
+                                                                {-0.625, -1},
+                                                                {-2.5, -4},
+                                                                {13.0, 20},
+                                                                {1.25, 2},
+                                                                {1.8749999999999998, 3},
+                                                                {999.9, 1599},
+                                                                {1000, 1600},
+                                                                {1342177279.375, 2147483647},
+                                                                {2e9, 2147483647},
+                                                                {-2e9, -2147483647 - 1}};
+    for (const auto& [um, steps] : cases)
+        EXPECT_EQ(StepsOf(um), steps) << um;
+}
+
+TEST(StageUnits, AStepIsFiveEighthsOfAMicrometre) {
+    const std::vector<std::pair<std::int32_t, double>> cases = {{0, 0.0},
+                                                                {1, 0.625},
+                                                                {-8, -5.0},
+                                                                {1600, 1000.0},
+                                                                {2147483647, 1342177279.375},
+                                                                {-2147483647 - 1, -1342177280.0}};
+    for (const auto& [steps, um] : cases)
+        EXPECT_EQ(MicrometresOf(steps), um) << steps;
+}
+
+TEST(StageUnits, BringBackEveryPositionThatTheControllerTells) {
+    for (std::int32_t steps = -200'000; steps <= 200'000; ++steps)
+        ASSERT_EQ(StepsOf(MicrometresOf(steps)), steps);
 }
 
 } // namespace

@@ -69,6 +69,7 @@ int OpenPort(QSerialPort& port, const std::string& path) {
     // Nothing is to be read behind our back, and a line that hung up is not to keep the event loop turning.
     for (QSocketNotifier* notifier : port.findChildren<QSocketNotifier*>())
         notifier->setEnabled(false);
+    ShareIfPseudoTerminal(static_cast<int>(port.handle())); // its lock file remains
     return 0;
 }
 

@@ -2,9 +2,15 @@
 
 #include <asm/termbits.h> // has the speed as a number, and cannot be had beside <termios.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 namespace tessaro {
 namespace {
+
+/// The kernel's numbers of the drivers of pseudo-terminals, on the side of programs.
+constexpr unsigned firstPseudoTerminal = 136;
+constexpr unsigned lastPseudoTerminal = 143;
 
 std::int32_t DataBitsOf(tcflag_t flags) {
     switch (flags & CSIZE) {
@@ -39,6 +45,15 @@ bool SettingsOfDriver(int device, SerialSettings& settings) {
     settings.parity = ParityOf(driver.c_cflag);
     settings.stopBits = (driver.c_cflag & CSTOPB) != 0 ? 2 : 0;
     return true;
+}
+
+void ShareIfPseudoTerminal(int device) {
+    struct stat status = {};
+    if (fstat(device, &status) == -1)
+        return;
+    const unsigned driver = major(status.st_rdev);
+    if (driver >= firstPseudoTerminal && driver <= lastPseudoTerminal)
+        ioctl(device, TIOCNXCL);
 }
 
 } // namespace tessaro

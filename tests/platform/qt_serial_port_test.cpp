@@ -213,6 +213,16 @@ TEST_F(QtSerialPortsTest, SayThatALineIsInUseWhateverItsName) {
     EXPECT_NE(others.Open(device), SerialHandle::Invalid);
 }
 
+TEST_F(QtSerialPortsTest, LeaveAPseudoTerminalUsableWhenTheProgramIsKilled) {
+    Opened();
+    const int device = open(terminal.Name().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    ASSERT_NE(device, -1);
+    int exclusive = 1;
+    EXPECT_EQ(ioctl(device, TIOCGEXCL, &exclusive), 0);
+    EXPECT_EQ(exclusive, 0) << "nobody would be left to give it back";
+    close(device);
+}
+
 /// Of a program that leads a session of its own, as a daemon does: the first terminal that it opens without
 /// care becomes its own, and ends it when it hangs up.
 bool LosesALineUnharmed() {

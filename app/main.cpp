@@ -2,9 +2,9 @@
 #include "app/globals.h"
 #include "app/program.h"
 #include "app/program_options.h"
+#include "app/stage_choice.h"
 #include "platform/posix/standard_streams.h"
 #include "platform/qt/qt_user_interface.h"
-#include "platform/standard/absent_serial_ports.h"
 
 #include <csignal>
 #include <cstdio>
@@ -46,9 +46,9 @@ int Start(std::span<const std::string_view> arguments) {
     if (const auto* error = std::get_if<OptionError>(&cameras))
         return Refuse(*error);
     QtUserInterface ui;
-    AbsentSerialPorts serial;
+    const std::unique_ptr<SerialPorts> serial = ChooseSerialPorts(options);
     return RunProgram(ProgramGlobals(), ui.Adapters(),
-                      {*std::get<std::unique_ptr<CameraRuntime>>(cameras), serial});
+                      {*std::get<std::unique_ptr<CameraRuntime>>(cameras), *serial});
 }
 
 } // namespace

@@ -29,9 +29,9 @@ std::optional<OptionError> CheckCameraRuntime(std::string_view value) {
 }
 
 std::optional<OptionError> CheckStagePort(std::string_view value) {
-    if (value == noDevice)
-        return std::nullopt;
-    return OptionError{"--stage-port: only 'none' is known, not '" + std::string(value) + "'"};
+    if (value.empty())
+        return OptionError{"--stage-port needs a value"};
+    return std::nullopt;
 }
 
 constexpr std::array<ValueOption, 3> valueOptions = {
@@ -82,7 +82,11 @@ std::string_view ProgramHelp() {
            "                            first camera found; with 'none' none, a moving test pattern\n"
            "                            stands in\n"
            "  --camera-runtime RUNTIME  'pylon' (where it is built in, and then the usual one) or 'aravis'\n"
-           "  --stage-port none         open no serial line; the stage is simulated\n"
+           "  --stage-port PATH         the serial device of the stage, whatever number the settings say.\n"
+           "                            Without this option /dev/ttyUSB, /dev/ttyACM or /dev/ttyS with that\n"
+           "                            number, the first that is there; with 'none' none is opened, and "
+           "the\n"
+           "                            stage is simulated\n"
            "  --help                    show this text\n"
            "  --version                 show the version\n"
            "\n"

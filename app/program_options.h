@@ -13,7 +13,7 @@ struct ProgramOptions {
     bool version = false;
     std::string camera;        // identity or address, "none"; empty: the first one found
     std::string cameraRuntime; // "pylon", "aravis"; empty: the usual one
-    std::string stagePort;     // "none" or empty
+    std::string stagePort;     // path, "none"; empty: that of the number in the settings
 };
 
 /// The value of --camera and --stage-port that asks for no device.

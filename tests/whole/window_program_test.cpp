@@ -237,7 +237,7 @@ TEST_F(TessaroCommandLine, ExplainsItself) {
     const ProgramRun help = Run({"--help"});
     EXPECT_EQ(help.exitStatus, 0);
     for (const char* option :
-         {"--camera CAMERA", "--camera-runtime", "--stage-port none", "--help", "--version"})
+         {"--camera CAMERA", "--camera-runtime", "--stage-port PATH", "--help", "--version"})
         EXPECT_NE(help.output.find(option), std::string::npos) << option;
     const ProgramRun version = Run({"--version"});
     EXPECT_EQ(version.exitStatus, 0);

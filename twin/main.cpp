@@ -80,7 +80,11 @@ ExitCode RenderPicture(const TwinOptions& options, const Wafer& wafer) {
 
 ExitCode Serve(const TwinOptions& options, const Wafer& wafer) {
     TwinServiceOptions service;
-    service.position = StartPosition(options, wafer);
+    service.stage = {.position = StartPosition(options, wafer),
+                     .limits = options.limits,
+                     .timeFactor = options.timeFactor,
+                     .linkPath = options.stageLink,
+                     .logPath = options.stageLog};
     service.cameraAddress = options.cameraAddress;
     service.serialNumber = options.serialNumber;
     service.controlPath = options.controlSocket;

@@ -18,12 +18,14 @@ constexpr double densestPerMm2 = 1000.0;
 constexpr double mostFlakes = 1e6;
 constexpr double steepestTilt = 1.0;
 constexpr double farthestUm = 1e6;
+constexpr double slowestMotion = 0.01;
+constexpr double fastestMotion = 1000.0;
 constexpr std::size_t longestSerialNumber = 15; // bytes, as GigE Vision has it
 constexpr std::string_view faultOption = "--fault";
 
 constexpr std::string_view helpText =
     "Usage: tessaro-twin [OPTION]...\n"
-    "A simulated microscope: a wafer with known flakes and the camera that looks at it.\n"
+    "A simulated microscope: a wafer with known flakes, the camera that looks at it, and the stage.\n"
     "\n"
     "  --seed N              which wafer: the same number makes the same one (default 1)\n"
     "  --wafer-mm S          side of the square wafer, whose lower left corner lies at the\n"
@@ -39,11 +41,21 @@ constexpr std::string_view helpText =
     "  --truth FILE          write all flakes to FILE, as JSON\n"
     "  --render FILE         write the picture that the operator would see to FILE (.png, .jpg) and exit\n"
     "  --camera-address A    the address that the camera serves (default 127.0.0.1)\n"
+    "  --stage-link PATH     a link to the stage's line, beside the name that is printed; a stale one is\n"
+    "                        replaced\n"
+    "  --stage-log FILE      write each command that the stage gets to FILE, with its time in ms\n"
+    "  --limits X0:X1,Y0:Y1,Z0:Z1\n"
+    "                        between which places the stage goes, in um (default: 110000 in X and Y\n"
+    "                        and 3000 in Z to both sides of where it stands at first)\n"
+    "  --time-factor F       the stage moves so many times as fast; 0.01 to 1000 (default 1)\n"
     "  --serial-number NAME  the camera's, up to 15 bytes (default TWIN01)\n"
     "  --fault NAME[=ARG]    start with this fault; may be given several times: camera-gone,\n"
-    "                        lost-packets[=SHARE], frame-size[=WIDTHxHEIGHT], endless-automatic\n"
+    "                        lost-packets[=SHARE], frame-size[=WIDTHxHEIGHT], endless-automatic,\n"
+    "                        stage-silent, stage-no-arrival, stage-garbled, stage-pieces[=N],\n"
+    "                        stage-late[=MS], stage-other-axis, stage-junk, stage-impossible,\n"
+    "                        stage-gone\n"
     "  --control SOCKET      take commands, a line each, from this local socket: move X,Y,Z,\n"
-    "                        fault NAME[=ARG], clear NAME, quit\n"
+    "                        where, fault NAME[=ARG], clear NAME, quit\n"
     "  --quiet               say nothing but what went wrong\n"
     "  --help                show this and exit\n"
     "  --version             show the version and exit\n"
@@ -90,6 +102,25 @@ bool TakeSerialNumber(std::string_view value, TwinOptions& options) {
     return value.size() <= longestSerialNumber && TakeText(value, options.serialNumber);
 }
 
+/// "LOW:HIGH", no empty range.
+bool TakeRange(std::string_view value, double& low, double& high) {
+    const std::size_t colon = value.find(':');
+    return colon != std::string_view::npos &&
+           ReadNumber(value.substr(0, colon), -farthestUm, farthestUm, low) &&
+           ReadNumber(value.substr(colon + 1), low + umPerStep, farthestUm, high);
+}
+
+bool TakeLimits(std::string_view value, TwinOptions& options) {
+    const std::size_t first = value.find(',');
+    const std::size_t second = value.find(',', first + 1);
+    if (first == std::string_view::npos || second == std::string_view::npos)
+        return false;
+    StageLimits& limits = options.limits.emplace();
+    return TakeRange(value.substr(0, first), limits.low.x, limits.high.x) &&
+           TakeRange(value.substr(first + 1, second - first - 1), limits.low.y, limits.high.y) &&
+           TakeRange(value.substr(second + 1), limits.low.z, limits.high.z);
+}
+
 struct ValueOption {
     std::string_view name;
     Taker take;
@@ -122,6 +153,15 @@ constexpr std::array valueOptions = {
     ValueOption{
         "--camera-address",
         [](std::string_view value, TwinOptions& options) { return TakeText(value, options.cameraAddress); }},
+    ValueOption{"--stage-link", [](std::string_view value,
+                                   TwinOptions& options) { return TakeText(value, options.stageLink); }},
+    ValueOption{"--stage-log", [](std::string_view value,
+                                  TwinOptions& options) { return TakeText(value, options.stageLog); }},
+    ValueOption{"--limits", TakeLimits},
+    ValueOption{"--time-factor",
+                [](std::string_view value, TwinOptions& options) {
+                    return ReadNumber(value, slowestMotion, fastestMotion, options.timeFactor);
+                }},
     ValueOption{"--serial-number", TakeSerialNumber},
     ValueOption{faultOption, [](std::string_view, TwinOptions&) { return true; }},
     ValueOption{"--control", [](std::string_view value,
@@ -148,6 +188,8 @@ std::string WrongTogether(const TwinOptions& options) {
         return Joined({"'", options.renderFile, "' is no name of a .png or .jpg picture"});
     if (!options.renderFile.empty() && options.renderFile == options.truthFile)
         return "--render and --truth need different files";
+    if (options.at && options.limits && !IsWithin(*options.at, *options.limits))
+        return "--at lies beyond --limits";
     return {};
 }
 
@@ -194,7 +236,9 @@ std::string_view TwinHelp() {
 
 StagePosition StartPosition(const TwinOptions& options, const Wafer& wafer) {
     const double middle = wafer.SideUm() / 2.0;
-    return options.at.value_or(StagePosition{middle, middle, wafer.FocusZ(middle, middle)});
+    const StagePosition start =
+        options.at.value_or(StagePosition{middle, middle, wafer.FocusZ(middle, middle)});
+    return options.limits ? NearestWithin(start, *options.limits) : start;
 }
 
 std::optional<std::string_view> PictureType(std::string_view file) {

@@ -2,6 +2,7 @@
 
 #include "twin/sensor_renderer.h"
 #include "twin/service/fault.h"
+#include "twin/stage/stage_axes.h"
 #include "twin/wafer.h"
 
 #include <optional>
@@ -20,6 +21,10 @@ struct TwinOptions {
     std::string truthFile;           // empty: not wanted
     std::string renderFile;          // empty: not wanted
     std::string cameraAddress = "127.0.0.1";
+    std::string stageLink;             // empty: none
+    std::string stageLog;              // empty: none
+    std::optional<StageLimits> limits; // not given: the usual ones
+    double timeFactor = 1.0;
     std::string serialNumber = "TWIN01";
     std::vector<Fault> faults;
     std::string controlSocket; // empty: none
@@ -38,7 +43,7 @@ std::variant<TwinOptions, TwinOptionError> ParseTwinOptions(std::span<const std:
 
 std::string_view TwinHelp();
 
-/// Where the stage stands at first.
+/// Where the stage stands at first: never beyond limits that were given.
 StagePosition StartPosition(const TwinOptions& options, const Wafer& wafer);
 
 /// The MIME type of a picture file by its suffix; nothing when it has none that can be written.

@@ -3,6 +3,7 @@
 #include "twin/coverage.h"
 #include "twin/defocus.h"
 #include "twin/sensor_noise.h"
+#include "twin/stage_position.h"
 #include "twin/wafer.h"
 
 #include <array>
@@ -17,14 +18,6 @@ namespace tessaro {
 inline constexpr int twinSensorWidth = 2464;
 inline constexpr int twinSensorHeight = 2056;
 inline constexpr std::size_t twinMosaicBytes = std::size_t{twinSensorWidth} * twinSensorHeight;
-
-struct StagePosition {
-    double x = 0.0; // um
-    double y = 0.0;
-    double z = 0.0;
-
-    friend bool operator==(const StagePosition&, const StagePosition&) = default;
-};
 
 /// The sensor's level of bare substrate at the frame's centre with the settings as they are by default.
 inline constexpr double defaultSubstrateLevel = 140.0;

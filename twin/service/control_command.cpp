@@ -11,23 +11,21 @@ namespace {
 
 constexpr double farthestUm = 1e6; // of where the stage may be sent
 
-using ParsedCommand = std::variant<MoveCommand, Fault, ClearCommand, QuitCommand, CommandError>;
-
-ParsedCommand ParseMove(std::string_view value) {
+ControlCommand ParseMove(std::string_view value) {
     std::array<double, 3> position = {};
     if (!ReadNumbers(value, -farthestUm, farthestUm, position))
         return CommandError{"'" + std::string(value) + "' is no position X,Y,Z"};
     return MoveCommand{{position[0], position[1], position[2]}};
 }
 
-ParsedCommand ParseNewFault(std::string_view value) {
+ControlCommand ParseNewFault(std::string_view value) {
     const auto fault = ParseFault(value);
     if (const FaultError* error = std::get_if<FaultError>(&fault))
         return CommandError{error->reason};
     return std::get<Fault>(fault);
 }
 
-ParsedCommand ParseClear(std::string_view value) {
+ControlCommand ParseClear(std::string_view value) {
     const auto kind = ParseFaultName(value);
     if (const FaultError* error = std::get_if<FaultError>(&kind))
         return CommandError{error->reason};
@@ -36,7 +34,7 @@ ParsedCommand ParseClear(std::string_view value) {
 
 } // namespace
 
-ParsedCommand ParseControlCommand(std::string_view line) {
+ControlCommand ParseControlCommand(std::string_view line) {
     const std::size_t blank = line.find(' ');
     const std::string_view verb = line.substr(0, blank);
     const std::string_view value =
@@ -47,9 +45,12 @@ ParsedCommand ParseControlCommand(std::string_view line) {
         return ParseNewFault(value);
     if (verb == "clear")
         return ParseClear(value);
+    if (line == "where")
+        return WhereCommand{};
     if (line == "quit")
         return QuitCommand{};
-    return CommandError{"there is no command '" + std::string(line) + "', only move, fault, clear and quit"};
+    return CommandError{"there is no command '" + std::string(line) +
+                        "', only move, where, fault, clear and quit"};
 }
 
 } // namespace tessaro

@@ -15,14 +15,17 @@ struct MoveCommand {
 struct ClearCommand {
     FaultKind kind = FaultKind::CameraGone;
 };
+struct WhereCommand {};
 struct QuitCommand {};
 
 struct CommandError {
     std::string reason;
 };
 
-/// One line: "move X,Y,Z", "fault NAME[=ARG]", "clear NAME" or "quit".
-std::variant<MoveCommand, Fault, ClearCommand, QuitCommand, CommandError>
-ParseControlCommand(std::string_view line);
+using ControlCommand =
+    std::variant<MoveCommand, WhereCommand, Fault, ClearCommand, QuitCommand, CommandError>;
+
+/// One line: "move X,Y,Z", "where", "fault NAME[=ARG]", "clear NAME" or "quit".
+ControlCommand ParseControlCommand(std::string_view line);
 
 } // namespace tessaro

@@ -12,13 +12,24 @@ struct NamedFault {
     FaultKind kind;
 };
 
-constexpr std::array<NamedFault, 4> faultNames = {{{"camera-gone", FaultKind::CameraGone},
-                                                   {"lost-packets", FaultKind::LostPackets},
-                                                   {"frame-size", FaultKind::FrameSize},
-                                                   {"endless-automatic", FaultKind::EndlessAutomatic}}};
+constexpr std::array faultNames = {NamedFault{"camera-gone", FaultKind::CameraGone},
+                                   NamedFault{"lost-packets", FaultKind::LostPackets},
+                                   NamedFault{"frame-size", FaultKind::FrameSize},
+                                   NamedFault{"endless-automatic", FaultKind::EndlessAutomatic},
+                                   NamedFault{"stage-silent", FaultKind::StageSilent},
+                                   NamedFault{"stage-no-arrival", FaultKind::StageNoArrival},
+                                   NamedFault{"stage-garbled", FaultKind::StageGarbled},
+                                   NamedFault{"stage-pieces", FaultKind::StagePieces},
+                                   NamedFault{"stage-late", FaultKind::StageLate},
+                                   NamedFault{"stage-other-axis", FaultKind::StageOtherAxis},
+                                   NamedFault{"stage-junk", FaultKind::StageJunk},
+                                   NamedFault{"stage-impossible", FaultKind::StageImpossible},
+                                   NamedFault{"stage-gone", FaultKind::StageGone}};
 
 constexpr int smallestSide = 16;
 constexpr int largestSide = 4096;
+constexpr int longestPiece = 100; // bytes, more than any reply
+constexpr int latestMs = 60'000;
 
 FaultError WrongValue(std::string_view text) {
     return {"'" + std::string(text) + "' is no value for this fault"};
@@ -35,6 +46,13 @@ std::variant<Fault, FaultError> WithSize(Fault fault, std::string_view text) {
     if (times == std::string_view::npos ||
         !ReadNumber(text.substr(0, times), smallestSide, largestSide, fault.width) ||
         !ReadNumber(text.substr(times + 1), smallestSide, largestSide, fault.height))
+        return WrongValue(text);
+    return fault;
+}
+
+std::variant<Fault, FaultError> WithNumber(Fault fault, int Fault::*member, int largest,
+                                           std::string_view text) {
+    if (!ReadNumber(text, 1, largest, fault.*member))
         return WrongValue(text);
     return fault;
 }
@@ -65,6 +83,10 @@ std::variant<Fault, FaultError> ParseFault(std::string_view text) {
         return WithShare(fault, value);
     if (fault.kind == FaultKind::FrameSize)
         return WithSize(fault, value);
+    if (fault.kind == FaultKind::StagePieces)
+        return WithNumber(fault, &Fault::piece, longestPiece, value);
+    if (fault.kind == FaultKind::StageLate)
+        return WithNumber(fault, &Fault::lateMs, latestMs, value);
     return WrongValue(value);
 }
 

@@ -6,7 +6,21 @@
 
 namespace tessaro {
 
-enum class FaultKind { CameraGone, LostPackets, FrameSize, EndlessAutomatic };
+enum class FaultKind {
+    CameraGone,
+    LostPackets,
+    FrameSize,
+    EndlessAutomatic,
+    StageSilent,
+    StageNoArrival,
+    StageGarbled,
+    StagePieces,
+    StageLate,
+    StageOtherAxis,
+    StageJunk,
+    StageImpossible,
+    StageGone
+};
 
 /// Something that goes wrong with the devices until it is cleared.
 struct Fault {
@@ -14,13 +28,16 @@ struct Fault {
     double share = 0.01; // LostPackets: of all packets, 0 to 1
     int width = 1232;    // FrameSize: what the camera sends, in pixels
     int height = 1028;
+    int piece = 0;    // StagePieces: bytes before the pause; 0: every place in turn
+    int lateMs = 200; // StageLate
 };
 
 struct FaultError {
     std::string reason;
 };
 
-/// "NAME" or "NAME=ARG": camera-gone, lost-packets[=SHARE], frame-size[=WIDTHxHEIGHT], endless-automatic.
+/// "NAME" or "NAME=ARG": the names of the kinds in small letters, with dashes. lost-packets[=SHARE],
+/// frame-size[=WIDTHxHEIGHT], stage-pieces[=N] and stage-late[=MS] take values.
 std::variant<Fault, FaultError> ParseFault(std::string_view text);
 
 /// The kind of a bare name.

@@ -50,25 +50,22 @@ private:
 
 } // namespace
 
-StagePosition SharedPosition::Get() const {
-    const std::lock_guard lock(m_mutex);
-    return m_position;
-}
-
-void SharedPosition::Set(const StagePosition& position) {
-    const std::lock_guard lock(m_mutex);
-    m_position = position;
-}
-
 TwinDevices::TwinDevices(const Wafer& wafer, const TwinServiceOptions& options)
-    : m_renderer(wafer), m_position(options.position),
-      m_camera(
-          options.cameraAddress, options.serialNumber,
-          [this](const ExposureSettings& exposure, std::uint64_t noiseSeed, std::span<std::uint8_t> mosaic) {
-              m_renderer.Render(m_position.Get(), exposure, noiseSeed, mosaic);
-          }) {
+    : m_stage(options.stage), m_renderer(wafer),
+      m_camera(options.cameraAddress, options.serialNumber,
+               [this](const ExposureSettings& exposure, std::uint64_t noiseSeed,
+                      std::span<std::uint8_t> mosaic) { TakeFrame(exposure, noiseSeed, mosaic); }) {
     for (const Fault& fault : options.faults)
         Set(fault);
+}
+
+/// The exposure begins now, so that a frame never shows what was before it was begun: the camera looks a
+/// little ahead on the way that the stage goes.
+void TwinDevices::TakeFrame(const ExposureSettings& exposure, std::uint64_t noiseSeed,
+                            std::span<std::uint8_t> mosaic) {
+    constexpr double secondsAUs = 1e-6;
+    const double middle = StageSeconds() + exposure.exposureTimeUs * secondsAUs / 2.0;
+    m_renderer.Render(m_stage.PositionAt(middle), exposure, noiseSeed, mosaic);
 }
 
 void TwinDevices::Set(const Fault& fault) {
@@ -81,6 +78,8 @@ void TwinDevices::Set(const Fault& fault) {
         return m_camera.SetFrameSize(fault.width, fault.height);
     case FaultKind::EndlessAutomatic:
         return m_camera.SetEndlessAutomatic(true);
+    default:
+        return m_stage.Set(fault);
     }
 }
 
@@ -94,23 +93,32 @@ void TwinDevices::Clear(FaultKind kind) {
         return m_camera.ClearFrameSize();
     case FaultKind::EndlessAutomatic:
         return m_camera.SetEndlessAutomatic(false);
+    default:
+        return m_stage.Clear(kind);
     }
 }
 
+std::string TwinDevices::Move(const StagePosition& target) {
+    return m_stage.Put(target) ? "ok" : "error: that is beyond the stage's limits";
+}
+
 std::string TwinDevices::Obey(std::string_view line, bool& quit) {
-    const auto command = ParseControlCommand(line);
-    if (const CommandError* error = std::get_if<CommandError>(&command))
-        return "error: " + error->reason;
+    const auto done = [](const auto& act) {
+        act();
+        return std::string("ok");
+    };
     try {
-        std::visit(Overloaded{[this](const MoveCommand& move) { m_position.Set(move.target); },
-                              [this](const Fault& fault) { Set(fault); },
-                              [this](const ClearCommand& clear) { Clear(clear.kind); },
-                              [&quit](const QuitCommand&) { quit = true; }, [](const CommandError&) {}},
-                   command);
-    } catch (const std::exception& error) { // the camera's address was taken meanwhile
+        return std::visit(
+            Overloaded{[this](const MoveCommand& move) { return Move(move.target); },
+                       [this](const WhereCommand&) { return "ok " + m_stage.Where(); },
+                       [&](const Fault& fault) { return done([&] { Set(fault); }); },
+                       [&](const ClearCommand& clear) { return done([&] { Clear(clear.kind); }); },
+                       [&](const QuitCommand&) { return done([&] { quit = true; }); },
+                       [](const CommandError& error) { return "error: " + error.reason; }},
+            ParseControlCommand(line));
+    } catch (const std::exception& error) { // the camera's address or the link's place was taken meanwhile
         return std::string("error: ") + error.what();
     }
-    return "ok";
 }
 
 void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options) {
@@ -130,10 +138,11 @@ void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options) {
             return answer;
         });
     }
+    std::printf("tessaro-twin: stage is ready at %s\n", devices.StageLineName().c_str());
     std::printf("tessaro-twin: camera %s is ready at %s\n", options.serialNumber.c_str(),
                 options.cameraAddress.c_str());
     if (std::fflush(stdout) != 0) // nobody may be there to read it: no reason to end
-        std::fprintf(stderr, "tessaro-twin: could not say on standard output that the camera is ready\n");
+        std::fprintf(stderr, "tessaro-twin: could not say on standard output that the devices are ready\n");
     loop.Run();
 }
 

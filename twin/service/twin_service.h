@@ -3,29 +3,19 @@
 #include "twin/camera/gige_camera.h"
 #include "twin/service/control_command.h"
 #include "twin/service/fault.h"
+#include "twin/service/served_stage.h"
 #include "twin/wafer.h"
 
-#include <mutex>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tessaro {
 
-/// Where the stage is; set by one thread, looked at by the camera's.
-class SharedPosition {
-public:
-    explicit SharedPosition(const StagePosition& position) : m_position(position) {}
-    StagePosition Get() const;
-    void Set(const StagePosition& position);
-
-private:
-    mutable std::mutex m_mutex;
-    StagePosition m_position;
-};
-
 struct TwinServiceOptions {
-    StagePosition position;
+    ServedStageOptions stage;
     std::string cameraAddress = "127.0.0.1";
     std::string serialNumber = "TWIN01";
     std::vector<Fault> faults;
@@ -36,18 +26,25 @@ struct TwinServiceOptions {
 /// The devices of a simulated microscope over one wafer, and the faults that they have.
 class TwinDevices {
 public:
-    /// Throws std::runtime_error when a device cannot be served.
+    /// Works within the main loop of the calling thread. Throws std::runtime_error when a device cannot be
+    /// served.
     TwinDevices(const Wafer& wafer, const TwinServiceOptions& options);
 
     void Set(const Fault& fault);
     void Clear(FaultKind kind);
 
-    /// Obeys a line of the control socket. "ok", or "error: " and why. Quit is the caller's: it sets `quit`.
+    std::string StageLineName() const { return m_stage.LineName(); }
+
+    /// Obeys a line of the control socket. "ok", with what was asked for, or "error: " and why. Quit is the
+    /// caller's: it sets `quit`.
     std::string Obey(std::string_view line, bool& quit);
 
 private:
+    void TakeFrame(const ExposureSettings& exposure, std::uint64_t noiseSeed, std::span<std::uint8_t> mosaic);
+    std::string Move(const StagePosition& target);
+
+    ServedStage m_stage;
     SensorRenderer m_renderer;
-    SharedPosition m_position;
     GigECamera m_camera;
 };
 

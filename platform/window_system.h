@@ -2,6 +2,7 @@
 
 #include "platform/message.h"
 
+#include <cstddef>
 #include <string>
 
 namespace tessaro {
@@ -38,7 +39,23 @@ struct WindowDescription {
     WindowHandle owner = WindowHandle::None; // an owned window goes away with its owner
 };
 
-/// Top-level windows of the program. Calls with a handle whose window is gone do nothing.
+enum class ChildKind {
+    Label, // a text that the mouse goes through
+    Edit   // one line with a border that the operator can type into
+};
+
+/// A control on a window that is no dialog; it stays in front of what is drawn there.
+struct ChildDescription {
+    ChildKind kind = ChildKind::Label;
+    std::string text;
+    int x = 0; // client pixels of the window, on the screen, whatever the desktop's scale
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+
+/// Top-level windows of the program, and their controls. Calls with a handle whose window is gone do nothing
+/// and answer empty.
 class WindowSystem {
 public:
     virtual ~WindowSystem() = default;
@@ -59,10 +76,22 @@ public:
     /// on them; then they go.
     virtual void Destroy(WindowHandle window) = 0;
 
+    /// Puts a control on a window; it comes and goes with the window, and not by itself. What the operator
+    /// does with it is a message of its own handle, which reaches no procedure. None without such a window.
+    virtual WindowHandle MakeChild(WindowHandle parent, const ChildDescription& description) = 0;
+    virtual void SetChildText(WindowHandle child, const std::string& text) = 0;
+
+    /// The first bytes of the control's text, whole characters only.
+    virtual std::string ChildText(WindowHandle child, std::size_t maximumBytes) = 0;
+
     virtual void SetTitle(WindowHandle window, const std::string& title) = 0;
 
     /// Keys that the program gets go to this window from now on; none are taken from other programs.
     virtual void SetKeyboardFocus(WindowHandle window) = 0;
+
+    /// Whether the operator holds the left mouse button down, as far as the program can know, whatever
+    /// messages still wait. A release that came while a question was open is no message of any window.
+    virtual bool IsLeftButtonHeld() const = 0;
 
     /// Loads a table of accelerators from the resources; false when there is none of that number. Nothing
     /// translates keys by it.

@@ -2,6 +2,7 @@
 
 #include "platform/dialogs.h"
 #include "platform/fake/resource_controls.h"
+#include "platform/whole_characters.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -89,11 +90,7 @@ public:
     std::string ItemText(WindowHandle dialog, int controlId, std::size_t maximumBytes) override {
         if (Find(dialog, controlId) == nullptr)
             return {};
-        const std::string& text = dialogs[dialog].texts[controlId];
-        std::size_t end = std::min(maximumBytes, text.size());
-        while (end > 0 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
-            --end; // in the middle of a character
-        return text.substr(0, end);
+        return WholeCharacters(dialogs[dialog].texts[controlId], maximumBytes);
     }
 
     /// Of radio buttons one is checked at most.

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/fake/fake_message_loop.h"
+#include "platform/whole_characters.h"
 #include "platform/window_system.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <set>
@@ -31,6 +33,12 @@ public:
         std::string title;
         bool shown = false;
         bool painted = false; // or going to be, by a message that waits
+    };
+
+    struct Child {
+        WindowHandle parent = WindowHandle::None;
+        ChildDescription description;
+        std::string text; // as the operator may have changed it
     };
 
     bool RegisterWindowClass(const WindowClass& windowClass) override {
@@ -80,9 +88,27 @@ public:
         for (const WindowHandle other : OwnedBy(window))
             Destroy(other);
         m_messages.Forget(window);
+        ForgetChildrenOf(window);
         windows.erase(window);
         if (onDestroyed)
             onDestroyed(window);
+    }
+
+    WindowHandle MakeChild(WindowHandle parent, const ChildDescription& description) override {
+        if (!windows.contains(parent))
+            return WindowHandle::None;
+        const auto handle = static_cast<WindowHandle>(++m_last);
+        children[handle] = {parent, description, description.text};
+        return handle;
+    }
+
+    void SetChildText(WindowHandle child, const std::string& text) override {
+        if (children.contains(child))
+            children[child].text = text;
+    }
+
+    std::string ChildText(WindowHandle child, std::size_t maximumBytes) override {
+        return children.contains(child) ? WholeCharacters(children[child].text, maximumBytes) : std::string();
     }
 
     void SetTitle(WindowHandle window, const std::string& title) override {
@@ -92,6 +118,8 @@ public:
 
     void SetKeyboardFocus(WindowHandle window) override { focused = window; }
 
+    bool IsLeftButtonHeld() const override { return leftButtonHeld; }
+
     bool LoadAccelerators(int resource) override {
         Note("accelerators " + std::to_string(resource));
         return resource == 109;
@@ -99,6 +127,8 @@ public:
 
     std::map<std::string, WindowClass> classes;
     std::map<WindowHandle, Window> windows;
+    std::map<WindowHandle, Child> children;
+    bool leftButtonHeld = true;       // until the test says that it was let go without a message
     std::set<std::string> failMaking; // classes whose windows cannot be made
     WindowHandle focused = WindowHandle::None;
     std::function<void(const std::string&)> onCall; // told what is asked
@@ -113,6 +143,14 @@ private:
                 owned.push_back(other);
         }
         return owned;
+    }
+
+    void ForgetChildrenOf(WindowHandle window) {
+        for (const auto& [handle, child] : children) {
+            if (child.parent == window)
+                m_messages.Forget(handle);
+        }
+        std::erase_if(children, [&](const auto& child) { return child.second.parent == window; });
     }
 
     void HideWithOwned(WindowHandle window) {

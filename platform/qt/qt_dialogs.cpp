@@ -3,6 +3,7 @@
 #include "platform/qt/qt_message_loop.h"
 #include "platform/qt/qt_resource_dialog.h"
 #include "platform/qt/qt_window_table.h"
+#include "platform/whole_characters.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -10,27 +11,8 @@
 #include <QLineEdit>
 
 #include <map>
-#include <string_view>
 
 namespace tessaro {
-namespace {
-
-/// The first bytes of UTF-8 text without the beginning of a character that is cut.
-std::string WholeCharacters(std::string text, std::size_t maximumBytes) {
-    if (text.size() <= maximumBytes)
-        return text;
-    std::size_t end = maximumBytes;
-    const auto continues = [&](std::size_t i) {
-        return (static_cast<unsigned char>(text[i]) & 0xC0U) == 0x80U;
-    };
-    while (end > 0 && continues(end))
-        --end;
-    text.resize(end);
-    return text;
-}
-
-} // namespace
-
 struct QtDialogs::State {
     struct Open {
         QtResourceDialog* dialog = nullptr; // belongs to its owner; the table forgets it when it goes

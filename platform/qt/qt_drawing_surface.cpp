@@ -91,7 +91,10 @@ void QtDrawingSurface::DrawText(std::string_view text, const SurfaceRectangle& a
     const std::int64_t left = alignment == TextAlignment::Right
                                   ? area.right - width
                                   : (std::int64_t{area.left} + area.right - width) >> 1;
-    const std::int64_t baseline = std::int64_t{area.top} + metrics.ascent();
+    const std::int64_t top = alignment == TextAlignment::Middle
+                                 ? (std::int64_t{area.top} + area.bottom - metrics.height()) >> 1
+                                 : area.top;
+    const std::int64_t baseline = top + metrics.ascent();
     // A glyph may reach a little beyond its own cell, but never by a whole line height.
     const std::int64_t margin = metrics.height();
     if (left + width < -margin || left > m_picture.width + margin || baseline < -margin ||

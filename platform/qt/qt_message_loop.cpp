@@ -170,6 +170,7 @@ struct QtMessageLoop::State {
         message.window = windows.HandleOf(&topLevel);
         if (event.type() == QEvent::KeyPress) {
             const auto& keyEvent = static_cast<const QKeyEvent&>(event);
+            message.window = HandleWithin(topLevel, topLevel.focusWidget());
             message.kind = MessageKind::KeyDown;
             message.parameter = VirtualKey(keyEvent.key());
         }
@@ -177,6 +178,7 @@ struct QtMessageLoop::State {
             press || event.type() == QEvent::MouseButtonRelease || event.type() == QEvent::MouseMove) {
             const auto& mouse = static_cast<const QMouseEvent&>(event);
             const QPoint position = mouse.position().toPoint();
+            message.window = HandleWithin(topLevel, topLevel.childAt(position));
             message.position = PositionInClient(topLevel, message.window, position);
             if (event.type() == QEvent::MouseMove)
                 message.kind = MessageKind::MouseMove;
@@ -184,6 +186,11 @@ struct QtMessageLoop::State {
                 message.kind = press ? MessageKind::LeftButtonPress : MessageKind::LeftButtonRelease;
         }
         return message;
+    }
+
+    /// Of the control that the widget is, or else of the window.
+    WindowHandle HandleWithin(const QWidget& topLevel, const QWidget* widget) const {
+        return windows.HandleOf(widget != nullptr ? widget : &topLevel);
     }
 
     std::uint32_t PositionInClient(const QWidget& topLevel, WindowHandle handle, QPoint position) {

@@ -1,9 +1,11 @@
 #include "platform/qt/qt_window_system.h"
 
+#include "platform/qt/qt_child_control.h"
 #include "platform/qt/qt_frame_view.h"
 #include "platform/qt/qt_message_loop.h"
 #include "platform/qt/qt_resources.h"
 #include "platform/qt/qt_window_table.h"
+#include "platform/whole_characters.h"
 
 #include <QAction>
 #include <QApplication>
@@ -74,6 +76,8 @@ struct QtWindowSystem::State {
     WindowHandle Make(const WindowDescription& description, const WindowClass& windowClass);
     void AddMenu(ClassWindow& window, int resource, WindowHandle handle);
     void Destroy(WindowHandle handle);
+    void ForgetChildrenOf(WindowHandle parent);
+    QWidget* Child(WindowHandle handle);
     void HideWithOwned(QWidget* widget);
     void DestroyOwned(WindowHandle handle);
 
@@ -81,6 +85,7 @@ struct QtWindowSystem::State {
     QtMessageLoop& messages;
     std::map<std::string, WindowClass> classes;
     std::map<WindowHandle, QPointer<ClassWindow>> made;
+    std::map<WindowHandle, WindowHandle> parents; // of controls
     std::vector<WindowHandle> beingDestroyed;
 };
 
@@ -96,8 +101,10 @@ QtWindowSystem::~QtWindowSystem() {
                 m_state->DestroyOwned(owned);
         }
     }
-    for (const auto& [handle, window] : m_state->made)
+    for (const auto& [handle, window] : m_state->made) {
+        m_state->ForgetChildrenOf(handle);
         m_state->windows.Remove(handle);
+    }
     for (const auto& [handle, window] : m_state->made)
         delete window;
 }
@@ -170,14 +177,16 @@ void QtWindowSystem::Hide(WindowHandle window) {
 
 void QtWindowSystem::Update(WindowHandle window) {
     const QtWindowTable::Entry* entry = m_state->windows.Find(window);
-    auto* view = entry != nullptr ? static_cast<QtFrameView*>(entry->client) : nullptr;
+    const bool isWindow = entry != nullptr && m_state->made.contains(window);
+    auto* view = isWindow ? static_cast<QtFrameView*>(entry->client) : nullptr;
     if (view == nullptr || !entry->widget->isVisible() || !std::exchange(view->onFirstPaint, nullptr))
         return;
     entry->procedure->HandleMessage({window, MessageKind::Paint});
 }
 
 void QtWindowSystem::Destroy(WindowHandle window) {
-    m_state->Destroy(window);
+    if (!m_state->parents.contains(window))
+        m_state->Destroy(window);
 }
 
 void QtWindowSystem::State::Destroy(WindowHandle handle) {
@@ -193,6 +202,7 @@ void QtWindowSystem::State::Destroy(WindowHandle handle) {
     std::erase(beingDestroyed, handle);
     for (const WindowHandle owned : windows.OwnedBy(widget))
         DestroyOwned(owned);
+    ForgetChildrenOf(handle);
     windows.Remove(handle);
     messages.Forget(handle);
     made.erase(handle);
@@ -222,6 +232,41 @@ void QtWindowSystem::State::DestroyOwned(WindowHandle handle) {
     }
 }
 
+void QtWindowSystem::State::ForgetChildrenOf(WindowHandle parent) {
+    for (const auto& [child, itsParent] : parents) {
+        if (itsParent != parent)
+            continue;
+        windows.Remove(child);
+        messages.Forget(child);
+    }
+    std::erase_if(parents, [&](const auto& child) { return child.second == parent; });
+}
+
+WindowHandle QtWindowSystem::MakeChild(WindowHandle parent, const ChildDescription& description) {
+    const QtWindowTable::Entry* entry = m_state->windows.Find(parent);
+    if (entry == nullptr || !m_state->made.contains(parent))
+        return WindowHandle::None;
+    QWidget* control = MakeChildControl(*entry->client, description);
+    const WindowHandle handle = m_state->windows.Add({control, nullptr, control, nullptr, {}});
+    m_state->parents.emplace(handle, parent);
+    return handle;
+}
+
+QWidget* QtWindowSystem::State::Child(WindowHandle handle) {
+    return parents.contains(handle) ? windows.Find(handle)->widget : nullptr;
+}
+
+void QtWindowSystem::SetChildText(WindowHandle child, const std::string& text) {
+    const QtMessageLoop::QtCall call(m_state->messages);
+    if (QWidget* control = m_state->Child(child))
+        SetControlText(*control, text);
+}
+
+std::string QtWindowSystem::ChildText(WindowHandle child, std::size_t maximumBytes) {
+    const QWidget* control = m_state->Child(child);
+    return control != nullptr ? WholeCharacters(ControlText(*control), maximumBytes) : std::string();
+}
+
 void QtWindowSystem::SetTitle(WindowHandle window, const std::string& title) {
     if (const QtWindowTable::Entry* entry = m_state->windows.Find(window))
         entry->widget->setWindowTitle(QString::fromStdString(title));
@@ -236,6 +281,10 @@ void QtWindowSystem::SetKeyboardFocus(WindowHandle window) {
     if (QApplication::activeWindow() != nullptr)
         entry->widget->activateWindow();
     entry->client->setFocus();
+}
+
+bool QtWindowSystem::IsLeftButtonHeld() const {
+    return QGuiApplication::mouseButtons().testFlag(Qt::LeftButton);
 }
 
 bool QtWindowSystem::LoadAccelerators(int resource) {

@@ -23,8 +23,12 @@ public:
     void Hide(WindowHandle window) override;
     void Update(WindowHandle window) override;
     void Destroy(WindowHandle window) override;
+    WindowHandle MakeChild(WindowHandle parent, const ChildDescription& description) override;
+    void SetChildText(WindowHandle child, const std::string& text) override;
+    std::string ChildText(WindowHandle child, std::size_t maximumBytes) override;
     void SetTitle(WindowHandle window, const std::string& title) override;
     void SetKeyboardFocus(WindowHandle window) override;
+    bool IsLeftButtonHeld() const override;
     bool LoadAccelerators(int resource) override;
 
 private:

@@ -21,10 +21,15 @@ QtWindowTable::Entry* QtWindowTable::Find(WindowHandle window) {
     return found != m_entries.end() ? &found->second : nullptr;
 }
 
-WindowHandle QtWindowTable::HandleOf(const QWidget* topLevel) {
-    const auto found = std::find_if(m_entries.begin(), m_entries.end(),
-                                    [&](const auto& entry) { return entry.second.widget == topLevel; });
-    return found != m_entries.end() ? found->first : WindowHandle::None;
+WindowHandle QtWindowTable::HandleOf(const QWidget* widget) const {
+    while (widget != nullptr) {
+        const auto found = std::find_if(m_entries.begin(), m_entries.end(),
+                                        [&](const auto& entry) { return entry.second.widget == widget; });
+        if (found != m_entries.end())
+            return found->first;
+        widget = widget->isWindow() ? nullptr : widget->parentWidget();
+    }
+    return WindowHandle::None;
 }
 
 std::vector<WindowHandle> QtWindowTable::OwnedBy(const QWidget* topLevel) const {

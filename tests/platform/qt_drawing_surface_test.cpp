@@ -161,6 +161,7 @@ TEST(QtDrawingSurface, TakesExtremeCornersForFramesAndText) {
                     surface.DrawFrame({left, top, right, bottom}, 2, pureRed);
                 surface.DrawText("12.3", {left, top, right, top}, TextAlignment::Centre, black);
                 surface.DrawText("12.3", {left, top, right, top}, TextAlignment::Right, black);
+                surface.DrawText("12.3", {left, top, right, right}, TextAlignment::Middle, black);
             }
         }
     }
@@ -185,6 +186,17 @@ TEST(QtDrawingSurface, EndsRightAlignedTextAtTheRightOfTheArea) {
         const SurfaceRectangle bounds = Bounds(Inked(picture));
         EXPECT_GE(bounds.right, 150 - 3) << text; // the last glyph's own margin
         EXPECT_LE(bounds.right, 150) << text;
+    }
+}
+
+TEST(QtDrawingSurface, CentresTextBothWays) {
+    for (const int height : {20, 91, 92}) {
+        Picture picture = GreyPicture(200, 140);
+        QtDrawingSurface(picture).DrawText("+X", {40, 10, 140, 10 + height}, TextAlignment::Middle, black);
+        const SurfaceRectangle bounds = Bounds(Inked(picture));
+        EXPECT_NEAR(bounds.left + bounds.right, 40 + 140, 3);
+        // Capitals reach from the baseline upwards; what hangs below it counts for the middle of a line.
+        EXPECT_NEAR(bounds.top + bounds.bottom, 10 + 10 + height, 4);
     }
 }
 

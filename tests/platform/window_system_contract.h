@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -237,6 +239,72 @@ TYPED_TEST_P(WindowSystemContract, NeverUsesAHandleAgain) {
     EXPECT_EQ(std::adjacent_find(handles.begin(), handles.end()), handles.end());
 }
 
+TYPED_TEST_P(WindowSystemContract, PutsControlsWithTextsOnAWindow) {
+    const WindowHandle window = this->Make("A");
+    const WindowHandle label = this->Windows().MakeChild(window, {ChildKind::Label, "Step", 5, 100, 40, 20});
+    const WindowHandle edit = this->Windows().MakeChild(window, {ChildKind::Edit, "100", 55, 100, 40, 20});
+    EXPECT_EQ((std::set<WindowHandle>{WindowHandle::None, window, label, edit}).size(), 4U);
+    EXPECT_EQ(this->Windows().ChildText(label, 10), "Step");
+    EXPECT_EQ(this->Windows().ChildText(edit, 10), "100");
+    this->Windows().SetChildText(edit, "-1250");
+    EXPECT_EQ(this->Windows().ChildText(edit, 10), "-1250");
+    EXPECT_EQ(this->Windows().ChildText(label, 10), "Step");
+    EXPECT_EQ(this->m_procedure.messages.size(), 1U) << "Create, and nothing of the controls";
+}
+
+TYPED_TEST_P(WindowSystemContract, CutsTheTextOfAControlToWholeCharacters) {
+    const WindowHandle window = this->Make("A");
+    const WindowHandle edit =
+        this->Windows().MakeChild(window, {ChildKind::Edit, "12\xEC\xB7\xA8", 0, 0, 40, 20});
+    EXPECT_EQ(this->Windows().ChildText(edit, 5), "12\xEC\xB7\xA8");
+    EXPECT_EQ(this->Windows().ChildText(edit, 4), "12");
+    EXPECT_EQ(this->Windows().ChildText(edit, 1), "1");
+    EXPECT_EQ(this->Windows().ChildText(edit, 0), "");
+}
+
+TYPED_TEST_P(WindowSystemContract, PutsNoControlOnAWindowThatIsNotThere) {
+    const WindowHandle window = this->Make("A");
+    const ChildDescription edit{ChildKind::Edit, "100", 0, 0, 40, 20};
+    const WindowHandle child = this->Windows().MakeChild(window, edit);
+    EXPECT_EQ(this->Windows().MakeChild(WindowHandle::None, edit), WindowHandle::None);
+    EXPECT_EQ(this->Windows().MakeChild(child, edit), WindowHandle::None);
+    this->Windows().Destroy(window);
+    EXPECT_EQ(this->Windows().MakeChild(window, edit), WindowHandle::None);
+}
+
+TYPED_TEST_P(WindowSystemContract, KeepsAControlUntilItsWindowGoes) {
+    const WindowHandle window = this->Make("A");
+    const WindowHandle other = this->Make("B");
+    const WindowHandle edit = this->Windows().MakeChild(window, {ChildKind::Edit, "100", 0, 0, 40, 20});
+    const WindowHandle kept = this->Windows().MakeChild(other, {ChildKind::Edit, "200", 0, 0, 40, 20});
+    this->Windows().Destroy(edit);
+    this->Windows().Update(edit);
+    EXPECT_EQ(this->Windows().ChildText(edit, 10), "100");
+    std::string atDestroy;
+    this->m_procedure.answer = [&](const Message& message) {
+        if (message.kind == MessageKind::Destroy)
+            atDestroy = this->Windows().ChildText(edit, 10);
+        return false;
+    };
+    this->Windows().Destroy(window);
+    EXPECT_EQ(atDestroy, "100");
+    this->Windows().SetChildText(edit, "1");
+    EXPECT_EQ(this->Windows().ChildText(edit, 10), "");
+    EXPECT_EQ(this->Windows().ChildText(kept, 10), "200");
+}
+
+TYPED_TEST_P(WindowSystemContract, PutsControlsOnAWindowThatIsBeingMade) {
+    WindowHandle edit = WindowHandle::None;
+    this->m_procedure.answer = [&](const Message& message) {
+        if (message.kind == MessageKind::Create)
+            edit = this->Windows().MakeChild(message.window, {ChildKind::Edit, "100", 0, 0, 40, 20});
+        return true;
+    };
+    this->Make("A");
+    EXPECT_NE(edit, WindowHandle::None);
+    EXPECT_EQ(this->Windows().ChildText(edit, 10), "100");
+}
+
 TYPED_TEST_P(WindowSystemContract, FindsTheAcceleratorsOfTheResources) {
     EXPECT_TRUE(this->Windows().LoadAccelerators(109));
     EXPECT_FALSE(this->Windows().LoadAccelerators(110));
@@ -251,6 +319,9 @@ REGISTER_TYPED_TEST_SUITE_P(WindowSystemContract, LetsTheProcedureDestroyTheWind
                             LeavesTheOwnerWhenAnOwnedWindowGoes,
                             TakesDialogsAwayWithTheirOwnerAfterItHasHeardOfIt,
                             AsksTheProcedureBeforeTheOperatorClosesAWindow, DoesNothingWithAWindowThatIsGone,
-                            NeverUsesAHandleAgain, FindsTheAcceleratorsOfTheResources);
+                            NeverUsesAHandleAgain, PutsControlsWithTextsOnAWindow,
+                            CutsTheTextOfAControlToWholeCharacters, PutsNoControlOnAWindowThatIsNotThere,
+                            KeepsAControlUntilItsWindowGoes, PutsControlsOnAWindowThatIsBeingMade,
+                            FindsTheAcceleratorsOfTheResources);
 
 } // namespace tessaro

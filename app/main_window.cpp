@@ -58,7 +58,7 @@ void MainWindow::Destroy() {
     m_operations.MoveToScanOrigin();
     m_operations.Wait(destroyWaitMs);
     m_operations.PostQuit(0);
-    m_operations.CloseControlPanel();
+    m_operations.CloseDialogs();
 }
 
 /// The first paint starts the live view, which draws the image from then on.

@@ -157,15 +157,20 @@ void ProgramOperations::OpenControlPanel() {
     m_services.controlPanel.Open(m_globals.windows.main);
 }
 
-void ProgramOperations::OpenPortConfiguration() {}
+void ProgramOperations::OpenPortConfiguration() {
+    m_services.portDialog.Open(m_globals.windows.main);
+}
 
-void ProgramOperations::CloseControlPanel() {
+void ProgramOperations::CloseDialogs() {
     m_services.controlPanel.Close();
+    m_services.portDialog.Close();
 }
 
 void ProgramOperations::ConfigureContrast() {}
 
-void ProgramOperations::ConfigureStage() {}
+void ProgramOperations::ConfigureStage() {
+    m_services.stageDialog.Show(m_globals.windows.main);
+}
 
 void ProgramOperations::ShowAbout() {
     m_services.aboutBox.Show(m_globals.windows.main);

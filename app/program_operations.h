@@ -38,7 +38,7 @@ public:
     void RunScan() override;
     void OpenControlPanel() override;
     void OpenPortConfiguration() override;
-    void CloseControlPanel() override;
+    void CloseDialogs() override;
     void ConfigureContrast() override;
     void ConfigureStage() override;
     void ShowAbout() override;

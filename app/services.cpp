@@ -13,9 +13,17 @@ Services::Services(Globals& g, UserInterface adapters, Devices devices)
       screen(g.screen, ui.drawing, ui.windows, g.windows, status, pump),
       images(g.folders, ui.folders, ui.pictures, ui.clock, screen, ui.drawing, g.windows, status, g.stage),
       focusMeter(g.measured, g.focusValue, status), analysisStatus(status),
-      controlPanel(ui.dialogs, g.windows, g.settings, g.focusControl), aboutBox(ui.dialogs),
-      motorController(ui.windows) {
+      controlPanel({ui.dialogs, g.windows, g.settings, g.focusControl, g.stage, stageMotion, status}),
+      aboutBox(ui.dialogs), motorController(ui.windows, ui.drawing, g.windows, liveView, g.liveTimer,
+                                            stageMotion, status, pump, [this] { RefreshView(); }),
+      portDialog(ui.dialogs, g.windows, g.stage, [this] { camera.InitializeCamera(); }),
+      stageDialog(ui.dialogs, g.stage, stageMotion, g.settings, status) {
     g.stage.machine = {&devices.serial, &ui.boxes, &ui.clock};
+}
+
+void Services::RefreshView() {
+    camera.GrabFrame(1);
+    screen.ShowBuffer(globals.camera.workingFrame.Data());
 }
 
 } // namespace tessaro

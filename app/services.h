@@ -15,6 +15,8 @@
 #include "platform/user_interface.h"
 #include "scan/control_panel.h"
 #include "stage/motor_controller.h"
+#include "stage/port_dialog.h"
+#include "stage/stage_dialog.h"
 #include "stage/stage_motion.h"
 
 namespace tessaro {
@@ -39,6 +41,11 @@ struct Services {
     ControlPanel controlPanel;
     AboutBox aboutBox;
     MotorController motorController;
+    PortDialog portDialog;
+    StageDialog stageDialog;
+
+private:
+    void RefreshView();
 };
 
 } // namespace tessaro

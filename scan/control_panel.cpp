@@ -1,42 +1,65 @@
 #include "scan/control_panel.h"
 
-#include "app/number_text.h"
+#include "app/dialog_numbers.h"
 #include "app/resource_ids.h"
 #include "scan/control_panel_ids.h"
 
 namespace tessaro {
 
 void ControlPanel::Open(WindowHandle owner) {
-    if (m_windows.controlPanel != WindowHandle::None)
+    if (m_reach.windows.controlPanel != WindowHandle::None)
         return;
-    m_windows.controlPanel = m_dialogs.CreateModeless(resource::controlPanel, owner, *this);
-    m_dialogs.ShowModeless(m_windows.controlPanel);
+    m_reach.windows.controlPanel = m_reach.dialogs.CreateModeless(resource::controlPanel, owner, *this);
+    m_reach.dialogs.ShowModeless(m_reach.windows.controlPanel);
 }
 
 void ControlPanel::Close() {
-    const WindowHandle dialog = m_windows.controlPanel;
-    m_windows.controlPanel = WindowHandle::None;
-    m_dialogs.DestroyModeless(dialog);
+    const WindowHandle dialog = m_reach.windows.controlPanel;
+    m_reach.windows.controlPanel = WindowHandle::None;
+    m_reach.dialogs.DestroyModeless(dialog);
 }
 
 void ControlPanel::Initialize(WindowHandle dialog) {
     ShowRangesIn(dialog);
-    m_dialogs.SetChecked(dialog, panel::tiltCorrection, m_focus.tiltCorrection == 1);
+    m_reach.dialogs.SetChecked(dialog, panel::tiltCorrection, m_reach.focus.tiltCorrection == 1);
 }
 
 void ControlPanel::ShowRanges() {
-    ShowRangesIn(m_windows.controlPanel);
+    ShowRangesIn(m_reach.windows.controlPanel);
 }
 
 void ControlPanel::ShowRangesIn(WindowHandle dialog) {
-    m_dialogs.SetItemText(dialog, panel::xRange, Formatted("%d", m_settings.xRange));
-    m_dialogs.SetItemText(dialog, panel::yRange, Formatted("%d", m_settings.yRange));
+    ShowInteger(m_reach.dialogs, dialog, panel::xRange, m_reach.settings.xRange);
+    ShowInteger(m_reach.dialogs, dialog, panel::yRange, m_reach.settings.yRange);
 }
 
-void ControlPanel::Command([[maybe_unused]] WindowHandle dialog, int controlId,
-                           [[maybe_unused]] Notification notification) {
-    if (controlId == commandCancel)
+void ControlPanel::Command(WindowHandle dialog, int controlId, [[maybe_unused]] Notification notification) {
+    switch (controlId) {
+    case panel::move:
+        MoveToTargets(dialog);
+        break;
+    case commandCancel:
         Close();
+        break;
+    default:
+        break;
+    }
+}
+
+/// One after the other; each is read when the one before has arrived.
+void ControlPanel::MoveToTargets(WindowHandle dialog) {
+    const auto& position = m_reach.stage.position;
+    if (const auto x = Target(dialog, panel::targetX))
+        m_reach.motion.MoveXY(*x, position[1]);
+    if (const auto y = Target(dialog, panel::targetY))
+        m_reach.motion.MoveXY(position[0], *y);
+    if (const auto z = Target(dialog, panel::targetZ))
+        m_reach.motion.MoveAxisTo(axisZ, *z);
+    m_reach.status.ShowStagePosition();
+}
+
+std::optional<std::int32_t> ControlPanel::Target(WindowHandle dialog, int controlId) {
+    return TypedInteger(m_reach.dialogs, dialog, controlId, longNumberBytes);
 }
 
 } // namespace tessaro

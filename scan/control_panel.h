@@ -2,17 +2,31 @@
 
 #include "app/program_windows.h"
 #include "app/settings.h"
+#include "app/status_lines.h"
 #include "platform/dialogs.h"
 #include "scan/focus_control.h"
+#include "stage/stage_motion.h"
+
+#include <cstdint>
+#include <optional>
 
 namespace tessaro {
 
 /// The operator's console: position, scan area, status lines. At most one is open.
 class ControlPanel : public DialogProcedure {
 public:
-    ControlPanel(Dialogs& dialogs, ProgramWindows& windows, const Settings& settings,
-                 const FocusControl& focus)
-        : m_dialogs(dialogs), m_windows(windows), m_settings(settings), m_focus(focus) {}
+    /// What the panel shows and sets, and what its buttons make work.
+    struct Reach {
+        Dialogs& dialogs;
+        ProgramWindows& windows;
+        Settings& settings;
+        FocusControl& focus;
+        StageLink& stage;
+        StageMotion& motion;
+        StatusLines& status;
+    };
+
+    explicit ControlPanel(const Reach& reach) : m_reach(reach) {}
 
     /// Opens it beside its owner; does nothing while it is open.
     void Open(WindowHandle owner);
@@ -27,11 +41,10 @@ public:
 
 private:
     void ShowRangesIn(WindowHandle dialog);
+    void MoveToTargets(WindowHandle dialog);
+    std::optional<std::int32_t> Target(WindowHandle dialog, int controlId);
 
-    Dialogs& m_dialogs;
-    ProgramWindows& m_windows;
-    const Settings& m_settings;
-    const FocusControl& m_focus;
+    Reach m_reach;
 };
 
 } // namespace tessaro

@@ -2,7 +2,7 @@
 
 namespace tessaro {
 
-/// Controls of the control panel (dialog 137) that other pieces of the program write into.
+/// Controls of the control panel (dialog 137).
 namespace panel {
 inline constexpr int positionX = 1000;
 inline constexpr int positionY = 1003;
@@ -17,6 +17,10 @@ inline constexpr int totalFound = 1041;
 inline constexpr int xRange = 1012;
 inline constexpr int yRange = 1015;
 inline constexpr int tiltCorrection = 1004;
+inline constexpr int targetX = 1002;
+inline constexpr int targetY = 1021;
+inline constexpr int targetZ = 1022;
+inline constexpr int move = 1027;
 } // namespace panel
 
 } // namespace tessaro

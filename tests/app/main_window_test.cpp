@@ -47,7 +47,7 @@ TEST_F(MainWindowTest, WhenMadeOpensTheControlPanelAfterAMoment) {
 
 TEST_F(MainWindowTest, WhenDestroyedTakesTheStageBackBeforeItQuits) {
     EXPECT_EQ(Handle({handle, MessageKind::Destroy}),
-              (Calls{"stop live timer", "move to origin", "wait 100", "quit 0", "close panel"}));
+              (Calls{"stop live timer", "move to origin", "wait 100", "quit 0", "close dialogs"}));
     EXPECT_TRUE(handled);
 }
 

@@ -1,25 +1,34 @@
-#include "platform/fake/fake_dialogs.h"
 #include "scan/control_panel.h"
+#include "support/arriving_port.h"
+#include "support/shell_fixture.h"
 
 #include <gtest/gtest.h>
 
 namespace tessaro {
 namespace {
 
-class ControlPanelTest : public testing::Test {
+class ControlPanelTest : public ShellFixture {
 protected:
     static constexpr auto owner = static_cast<WindowHandle>(5);
+
+    ControlPanelTest() {
+        ClosePanel();
+        stage.machine.serial = &arriving;
+    }
 
     FakeDialogs::Dialog& Open() {
         panel.Open(owner);
         return dialogs.dialogs.at(windows.controlPanel);
     }
 
-    FakeDialogs dialogs;
-    ProgramWindows windows;
+    void Press(int controlId) { dialogs.Notify(windows.controlPanel, controlId, Notification::Clicked); }
+
+    FakeDialogs& dialogs = ui.dialogs;
+    ArrivingPort arriving; // 1 um is 1.6 steps
     Settings settings;
     FocusControl focus;
-    ControlPanel panel{dialogs, windows, settings, focus};
+    StageMotion motion{stage, pump, status, ui.clock};
+    ControlPanel panel{{dialogs, windows, settings, focus, stage, motion, status}};
 };
 
 TEST_F(ControlPanelTest, IsDialog137ShownBesideItsOwner) {
@@ -95,6 +104,64 @@ TEST_F(ControlPanelTest, StaysClosedWhenItsResourceIsMissing) {
     dialogs.noResources = false;
     panel.Open(owner);
     EXPECT_NE(windows.controlPanel, WindowHandle::None);
+}
+
+using Commands = std::vector<std::string>;
+
+TEST_F(ControlPanelTest, MovesToTheTypedTargetsOneAfterTheOther) {
+    FakeDialogs::Dialog& dialog = Open();
+    dialog.texts[1002] = "100";
+    dialog.texts[1021] = "-200";
+    dialog.texts[1022] = "30";
+    Press(1027);
+    EXPECT_EQ(arriving.Commands(), (Commands{"M0", "m160", "m160", "M-320", "L48"}));
+    EXPECT_EQ(stage.position, (std::array<double, 3>{100.0, -200.0, 30.0}));
+    EXPECT_EQ(dialog.texts[1000], "100");
+    EXPECT_EQ(dialog.texts[1003], "-200");
+    EXPECT_EQ(dialog.texts[1005], "30");
+}
+
+TEST_F(ControlPanelTest, MovesOnlyToTargetsThatAreNumbers) {
+    stage.position = {10.0, 20.0, 30.0};
+    arriving.steps = {16, 32, 48};
+    FakeDialogs::Dialog& dialog = Open();
+    Press(1027);
+    EXPECT_TRUE(arriving.writes.empty());
+    EXPECT_EQ(dialog.texts[1000], "10") << "the position boxes are shown at any rate";
+    dialog.texts[1002] = "up";
+    dialog.texts[1021] = "40";
+    Press(1027);
+    EXPECT_EQ(arriving.Commands(), (Commands{"m16", "M64"}));
+    arriving.writes.clear();
+    dialog.texts[1021] = "";
+    dialog.texts[1022] = "9999999999";
+    Press(1027);
+    EXPECT_TRUE(arriving.writes.empty());
+}
+
+TEST_F(ControlPanelTest, LooksAtFiftyCharactersOfATarget) {
+    Open().texts[1022] = std::string(48, '0') + "123";
+    Press(1027);
+    EXPECT_EQ(arriving.Commands(), Commands{"L19"}) << "12 um";
+}
+
+TEST_F(ControlPanelTest, ShowsThePositionOfASimulatedStageAfterAMove) {
+    stage.hComm = SerialHandle::Invalid;
+    stage.offline = 1;
+    FakeDialogs::Dialog& dialog = Open();
+    dialog.texts[1002] = "2147483647";
+    Press(1027);
+    EXPECT_EQ(dialog.texts[1000], "2147483647");
+}
+
+TEST_F(ControlPanelTest, MovesNothingMoreWhenItIsClosedDuringAMove) {
+    FakeDialogs::Dialog& dialog = Open();
+    dialog.texts[1002] = "100";
+    dialog.texts[1021] = "200";
+    ui.messages.onDispatch = [&](const Message&) { panel.Close(); };
+    ui.messages.Post({windows.main, MessageKind::Other});
+    Press(1027);
+    EXPECT_EQ(arriving.Commands(), (Commands{"M0", "m160"}));
 }
 
 } // namespace

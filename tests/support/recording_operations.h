@@ -41,7 +41,7 @@ public:
     void RunScan() override { Note("scan"); }
     void OpenControlPanel() override { Note("open panel"); }
     void OpenPortConfiguration() override { Note("open port configuration"); }
-    void CloseControlPanel() override { Note("close panel"); }
+    void CloseDialogs() override { Note("close dialogs"); }
     void ConfigureContrast() override { Note("configure contrast"); }
     void ConfigureStage() override { Note("configure stage"); }
     void ShowAbout() override { Note("about"); }

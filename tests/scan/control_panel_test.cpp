@@ -14,6 +14,7 @@ protected:
     ControlPanelTest() {
         ClosePanel();
         stage.machine.serial = &arriving;
+        stage.hComm = arriving.line;
     }
 
     FakeDialogs::Dialog& Open() {
@@ -24,7 +25,7 @@ protected:
     void Press(int controlId) { dialogs.Notify(windows.controlPanel, controlId, Notification::Clicked); }
 
     FakeDialogs& dialogs = ui.dialogs;
-    ArrivingPort arriving; // 1 um is 1.6 steps
+    ArrivingPort arriving{ui.clock}; // 1 um is 1.6 steps
     Settings settings;
     FocusControl focus;
     StageMotion motion{stage, pump, status, ui.clock};

@@ -37,8 +37,7 @@ constexpr std::pair<int, int> outside{230, 20};
 /// The stage is simulated, so that a step takes only the 5 ms of the pump behind it.
 class MotorControllerTest : public ShellFixture {
 protected:
-    MotorControllerTest() {
-        stage.hComm = SerialHandle::Invalid;
+    MotorControllerTest() : silentLine(std::exchange(stage.hComm, SerialHandle::Invalid)) {
         stage.offline = 1;
         ui.windows.RegisterWindowClass({"popup_controller", &controller});
         window = ui.windows.MakeWindow(
@@ -96,6 +95,7 @@ protected:
                 whileRefreshing();
         }};
     WindowHandle window = WindowHandle::None;
+    SerialHandle silentLine; // takes every command and answers none
 
 private:
     std::function<void()> m_happens;
@@ -309,7 +309,7 @@ TEST_F(MotorControllerTest, KeepsDispatchingWithAStepOfZero) {
 }
 
 TEST_F(MotorControllerTest, EndsWithTheMoveInTheMiddleOfWhichTheButtonIsLetGo) {
-    stage.hComm = RecordingPort::line; // which says nothing: a move gives up after 2 s
+    stage.hComm = silentLine; // a move gives up after 2 s
     stage.offline = 0;
     Hold(plusX, 500);
     EXPECT_EQ(port.writes, (std::vector<std::string>{{"m160", 5}, {"p", 2}}));
@@ -318,9 +318,9 @@ TEST_F(MotorControllerTest, EndsWithTheMoveInTheMiddleOfWhichTheButtonIsLetGo) {
 }
 
 TEST_F(MotorControllerTest, GoesOnFromWhereTheControllerSaysThatTheStageIs) {
-    ArrivingPort arriving;
+    ArrivingPort arriving(ui.clock);
     stage.machine.serial = &arriving;
-    stage.hComm = RecordingPort::line;
+    stage.hComm = arriving.line;
     stage.offline = 0;
     Hold(plusX, 60); // a step takes 10 + 10 + 5 ms of waiting
     EXPECT_EQ(arriving.Commands(), (std::vector<std::string>{"m160", "m320", "m480"}));
@@ -329,9 +329,9 @@ TEST_F(MotorControllerTest, GoesOnFromWhereTheControllerSaysThatTheStageIs) {
 }
 
 TEST_F(MotorControllerTest, StopsTheStageForAPressOnItsOwnEditOrAnotherWindowAndGoesOn) {
-    ArrivingPort arriving;
+    ArrivingPort arriving(ui.clock);
     stage.machine.serial = &arriving;
-    stage.hComm = RecordingPort::line;
+    stage.hComm = arriving.line;
     stage.offline = 0;
     WindowHandle edit = WindowHandle::None;
     for (const auto& [handle, child] : ui.windows.children) {
@@ -406,7 +406,7 @@ TEST_F(MotorControllerTest, EndsTheJogWithTheProgramAndTouchesNothingThatIsGone)
 }
 
 TEST_F(MotorControllerTest, TakesNoFrameAnyMoreWhenTheProgramEndsDuringAMove) {
-    stage.hComm = RecordingPort::line;
+    stage.hComm = silentLine;
     stage.offline = 0;
     At(500, [this] { ui.windows.Destroy(windows.main); });
     Press(plusX);

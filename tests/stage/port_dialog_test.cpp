@@ -10,23 +10,12 @@
 namespace tessaro {
 namespace {
 
-/// Lines by their numbers; remembers which were opened.
-class NumberedPorts : public ArrivingPort {
-public:
-    std::string PortName(std::int32_t portNumber) override { return "line " + std::to_string(portNumber); }
-    SerialHandle Open(const std::string& name) override {
-        opened.push_back(name);
-        return missing ? SerialHandle::Invalid : line;
-    }
-
-    std::vector<std::string> opened;
-    bool missing = false;
-};
-
 class PortDialogTest : public ShellFixture {
 protected:
     PortDialogTest() {
         stage.machine.serial = &ports;
+        stage.hComm = ports.line;
+        ports.calls.clear();
         stage.portNumber = 7;
     }
 
@@ -38,7 +27,17 @@ protected:
         ui.dialogs.Notify(windows.portConfiguration, controlId, Notification::Clicked);
     }
 
-    NumberedPorts ports;
+    /// Which lines were opened since the dialog is there.
+    std::vector<std::string> Opened() const {
+        std::vector<std::string> names;
+        for (const std::string& call : ports.calls) {
+            if (call.starts_with("Open "))
+                names.push_back(call.substr(5));
+        }
+        return names;
+    }
+
+    ArrivingPort ports{ui.clock};
     int camerasInitialized = 0;
     PortDialog portDialog{ui.dialogs, windows, stage, [this] { ++camerasInitialized; }};
 };
@@ -78,18 +77,18 @@ TEST_F(PortDialogTest, OpensTheLineOfTheTypedNumberAndKeepsIt) {
     Open().texts[1000] = "12";
     Press(1008);
     EXPECT_EQ(stage.portNumber, 12);
-    EXPECT_EQ(ports.opened, std::vector<std::string>{"line 12"});
+    EXPECT_EQ(Opened(), std::vector<std::string>{"line 12"});
     EXPECT_EQ(stage.offline, 0);
     EXPECT_NE(windows.portConfiguration, WindowHandle::None) << "it stays open";
 }
 
 TEST_F(PortDialogTest, OpensTheLineOfTheOldNumberWithoutATypedOne) {
     for (const char* text : {"", "COM4", "99999999999"}) {
-        ports.opened.clear();
+        ports.calls.clear();
         Open().texts[1000] = text;
         Press(1008);
         EXPECT_EQ(stage.portNumber, 7);
-        EXPECT_EQ(ports.opened, std::vector<std::string>{"line 7"});
+        EXPECT_EQ(Opened(), std::vector<std::string>{"line 7"});
     }
 }
 
@@ -100,13 +99,13 @@ TEST_F(PortDialogTest, LooksAtFiftyCharactersOfTheNumber) {
 }
 
 TEST_F(PortDialogTest, TellsOfALineThatIsNotThereAndOpensAnotherOneLater) {
-    ports.missing = true;
+    ports.present = false;
     Open();
     Press(1008);
     ASSERT_EQ(ui.boxes.warnings.size(), 1U);
     EXPECT_EQ(ui.boxes.warnings[0].owner, windows.main);
     EXPECT_EQ(stage.offline, 1);
-    ports.missing = false;
+    ports.present = true;
     Press(1008);
     EXPECT_EQ(stage.offline, 0);
     EXPECT_EQ(ui.boxes.warnings.size(), 1U);
@@ -116,7 +115,7 @@ TEST_F(PortDialogTest, LooksForTheCamera) {
     Open();
     Press(1009);
     EXPECT_EQ(camerasInitialized, 1);
-    EXPECT_TRUE(ports.opened.empty());
+    EXPECT_TRUE(Opened().empty());
 }
 
 TEST_F(PortDialogTest, DoesNothingOnOkAndStaysOpen) {

@@ -1,4 +1,5 @@
 #include "stage/stage_dialog.h"
+#include "stage/stage_units.h"
 #include "support/arriving_port.h"
 #include "support/shell_fixture.h"
 
@@ -17,7 +18,10 @@ using Commands = std::vector<std::string>;
 /// Moves arrive at once; 1 um is 1.6 steps.
 class StageDialogTest : public ShellFixture {
 protected:
-    StageDialogTest() { stage.machine.serial = &arriving; }
+    StageDialogTest() {
+        stage.machine.serial = &arriving;
+        stage.hComm = arriving.line;
+    }
 
     /// Opens the dialog, lets the operator act in it, and closes it again unless it is gone.
     void Use(const std::function<void()>& act) {
@@ -39,7 +43,7 @@ protected:
             arriving.steps[axis] = StepsOf(stage.position[axis]);
     }
 
-    ArrivingPort arriving;
+    ArrivingPort arriving{ui.clock};
     Settings settings;
     StageMotion motion{stage, pump, status, ui.clock};
     StageDialog stageDialog{ui.dialogs, stage, motion, settings, status};

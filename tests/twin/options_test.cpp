@@ -37,6 +37,10 @@ TEST(TwinOptions, AreOfASmallWaferOfGrapheneUnlessToldOtherwise) {
     EXPECT_EQ(options.serialNumber, "TWIN01");
     EXPECT_TRUE(options.faults.empty());
     EXPECT_FALSE(options.quiet);
+    EXPECT_EQ(options.stageLink, "");
+    EXPECT_EQ(options.stageLog, "");
+    EXPECT_FALSE(options.limits.has_value());
+    EXPECT_EQ(options.timeFactor, 1.0);
 }
 
 TEST(TwinOptions, AllAreTaken) {
@@ -68,6 +72,13 @@ TEST(TwinOptions, AllAreTaken) {
                                           "--fault=lost-packets=0.5",
                                           "--control",
                                           "/c",
+                                          "--stage-link",
+                                          "/l",
+                                          "--stage-log=/s",
+                                          "--limits",
+                                          "-1:2,-3:4.5,-5:6",
+                                          "--time-factor",
+                                          "2.5",
                                           "--quiet"});
     EXPECT_EQ(options.wafer.seed, 18446744073709551615U);
     EXPECT_EQ(options.wafer.sideMm, 2.5);
@@ -86,6 +97,12 @@ TEST(TwinOptions, AllAreTaken) {
     EXPECT_EQ(options.faults[1].kind, FaultKind::LostPackets);
     EXPECT_EQ(options.faults[1].share, 0.5);
     EXPECT_EQ(options.controlSocket, "/c");
+    EXPECT_EQ(options.stageLink, "/l");
+    EXPECT_EQ(options.stageLog, "/s");
+    ASSERT_TRUE(options.limits.has_value());
+    EXPECT_EQ(options.limits->low, (StagePosition{-1.0, -3.0, -5.0}));
+    EXPECT_EQ(options.limits->high, (StagePosition{2.0, 4.5, 6.0}));
+    EXPECT_EQ(options.timeFactor, 2.5);
     EXPECT_TRUE(options.quiet);
     EXPECT_EQ(Accepted({"--material", "tmdc"}).wafer.material, Material::tmdc);
     EXPECT_EQ(Accepted({"--substrate", "sapphire"}).wafer.substrate, Substrate::sapphire);
@@ -108,11 +125,21 @@ TEST(TwinOptions, RefuseWhatIsNoValue) {
     EXPECT_EQ(Reason({"--at", "1,2,3,4"}), "'1,2,3,4' is no value for --at");
     EXPECT_EQ(Reason({"--at", "1,,3"}), "'1,,3' is no value for --at");
     EXPECT_EQ(Reason({"--fault", "=3"}),
-              "there is no fault '', only camera-gone, lost-packets, frame-size, endless-automatic");
+              "there is no fault '', only camera-gone, lost-packets, frame-size, endless-automatic, "
+              "stage-silent, stage-no-arrival, stage-garbled, stage-pieces, stage-late, stage-other-axis, "
+              "stage-junk, stage-impossible, stage-gone");
     EXPECT_EQ(Reason({"--render", "a.png", "--fault", "lost-packets=2"}), "'2' is no value for this fault");
     EXPECT_EQ(Accepted({"--serial-number", "123456789012345"}).serialNumber, "123456789012345");
     EXPECT_EQ(Reason({"--serial-number", "1234567890123456"}),
               "'1234567890123456' is no value for --serial-number");
+    for (const char* limits : {"0:1", "0:1,0:1", "0:1,0:1,0:1,0:1", "1:0,0:1,0:1", "0:0.6,0:1,0:1", "0,1,2",
+                               "a:1,0:1,0:1", "::,,", ",,", "0:2000000,0:1,0:1", "0:1,0:1,nan:1"})
+        EXPECT_EQ(Reason({"--limits", limits}), "'" + std::string(limits) + "' is no value for --limits");
+    for (const char* factor : {"0", "0.009", "1001", "-1", "fast", "nan"})
+        EXPECT_EQ(Reason({"--time-factor", factor}),
+                  "'" + std::string(factor) + "' is no value for --time-factor");
+    EXPECT_EQ(Reason({"--stage-link="}), "'' is no value for --stage-link");
+    EXPECT_EQ(Reason({"--stage-log="}), "'' is no value for --stage-log");
     EXPECT_EQ(Reason({"--truth="}), "'' is no value for --truth");
 }
 
@@ -129,6 +156,7 @@ TEST(TwinOptions, RefuseWhatDoesNotGoTogether) {
               "a wafer of this size and density has more than 1000000 flakes");
     EXPECT_EQ(Reason({"--render", "a.bmp"}), "'a.bmp' is no name of a .png or .jpg picture");
     EXPECT_EQ(Reason({"--render", "a.png", "--truth", "a.png"}), "--render and --truth need different files");
+    EXPECT_EQ(Reason({"--at", "0,0,31", "--limits", "-9:9,-9:9,-30:30"}), "--at lies beyond --limits");
 }
 
 TEST(TwinOptions, HelpNamesEveryOption) {
@@ -150,6 +178,20 @@ TEST(TwinOptions, HelpNamesEveryOption) {
                                         "--help",
                                         "--version",
                                         "camera-gone",
+                                        "--stage-link",
+                                        "--stage-log",
+                                        "--limits",
+                                        "--time-factor",
+                                        "stage-silent",
+                                        "stage-no-arrival",
+                                        "stage-garbled",
+                                        "stage-pieces[",
+                                        "stage-late[",
+                                        "stage-other-axis",
+                                        "stage-junk",
+                                        "stage-impossible",
+                                        "stage-gone",
+                                        "where",
                                         "lost-packets[",
                                         "frame-size[",
                                         "endless-automatic",
@@ -166,6 +208,9 @@ TEST(TwinOptions, TheStageStandsInTheMiddleAndInFocusUnlessToldOtherwise) {
     EXPECT_EQ(StartPosition(options, wafer), (StagePosition{1000.0, 1000.0, 15.0}));
     options.at = StagePosition{1.0, 2.0, 3.0};
     EXPECT_EQ(StartPosition(options, wafer), (StagePosition{1.0, 2.0, 3.0}));
+    options.at.reset();
+    options.limits = StageLimits{{0.0, 1200.0, -10.0}, {900.0, 2000.0, 10.0}};
+    EXPECT_EQ(StartPosition(options, wafer), (StagePosition{900.0, 1200.0, 10.0})) << "as near as it can";
 }
 
 TEST(TwinOptions, PicturesAreToldApartByTheirSuffix) {

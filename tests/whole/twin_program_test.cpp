@@ -22,10 +22,12 @@ ProgramRun ArvTool(const std::vector<std::string>& features) {
     return RunProgram("arv-tool-0.8", arguments);
 }
 
-TEST(TwinProgram, PrintsOneLineWhenItIsReady) {
+TEST(TwinProgram, PrintsALineForEachDeviceWhenAllAreReady) {
     const RunningTwin twin(TESSARO_TWIN, smallWafer);
     ASSERT_TRUE(twin.IsReady()) << twin.Errors();
-    EXPECT_EQ(twin.Output(), "tessaro-twin: camera TWIN01 is ready at 127.0.0.1\n");
+    const std::string output = twin.Output();
+    EXPECT_TRUE(output.starts_with("tessaro-twin: stage is ready at /dev/pts/")) << output;
+    EXPECT_TRUE(output.ends_with("\ntessaro-twin: camera TWIN01 is ready at 127.0.0.1\n")) << output;
     EXPECT_EQ(twin.Errors(), "");
 }
 
@@ -59,7 +61,7 @@ TEST(TwinProgram, QuitsWhenItsControlSocketIsToldTo) {
 TEST(TwinProgram, SaysOnItsControlSocketWhatItDoesNotUnderstand) {
     RunningTwin twin(TESSARO_TWIN, smallWafer);
     ASSERT_TRUE(twin.IsReady()) << twin.Errors();
-    EXPECT_EQ(twin.Say("jump"), "error: there is no command 'jump', only move, fault, clear and quit");
+    EXPECT_EQ(twin.Say("jump"), "error: there is no command 'jump', only move, where, fault, clear and quit");
     EXPECT_EQ(twin.Say("move 1,2"), "error: '1,2' is no position X,Y,Z");
     EXPECT_NE(twin.Errors().find("jump"), std::string::npos) << "told to who watches it, too";
 }

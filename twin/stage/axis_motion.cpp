@@ -128,7 +128,8 @@ std::int64_t AxisMotion::StepAt(double time) const {
     if (!MovesAt(time))
         return target;
     const double direction = PieceAt(time).direction;
-    const auto step = static_cast<std::int64_t>(direction < 0.0 ? std::ceil(position) : std::floor(position));
+    const auto step = static_cast<std::int64_t>(direction < 0.0 ? std::ceil(position - noDistance)
+                                                                : std::floor(position + noDistance));
     return step != target ? step : target - static_cast<std::int64_t>(direction);
 }
 

@@ -70,12 +70,13 @@ void StageLine::Unplug() {
     m_terminal.reset();
 }
 
+/// Asks the terminal last: the wire may have room again.
 void StageLine::Serve() {
-    if (m_terminal)
-        ServeTerminal();
     const std::string bytes = m_wire.Run(StageSeconds());
-    if (m_terminal)
+    if (m_terminal) {
         m_terminal->Write(bytes);
+        ServeTerminal();
+    }
     const double next = m_wire.NextTime();
     g_source_set_ready_time(&m_source->base, std::isinf(next)
                                                  ? never

@@ -1,0 +1,190 @@
+#include "virtual_line.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace tessaro {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr double byteTime = 10.0 / 9600.0;
+constexpr double rounding = 1e-6;
+
+TEST(StageWire, CarriesAByteInTheTimeOfTenBits) {
+    VirtualLine line;
+    const double begun = line.now;
+    line.wire.Receive(std::string_view("Q\0", 2), begun);
+    line.RunFor(1.0);
+    ASSERT_EQ(line.bytes, std::string("0\0", 2));
+    EXPECT_NEAR(line.byteTimes[0], begun + 3 * byteTime, rounding) << "two bytes there and one back";
+    EXPECT_NEAR(line.byteTimes[1], begun + 4 * byteTime, rounding);
+}
+
+TEST(StageWire, TakesNoMoreThanItCarries) {
+    VirtualLine line;
+    EXPECT_EQ(line.wire.Room(), 64U);
+    line.wire.Receive("abc", line.now);
+    EXPECT_EQ(line.wire.Room(), 0U);
+    line.RunFor(2.5 * byteTime);
+    EXPECT_EQ(line.wire.Room(), 0U);
+    line.RunFor(byteTime);
+    EXPECT_EQ(line.wire.Room(), 64U);
+}
+
+TEST(StageWire, ACommandTakesEffectWithItsLastByte) {
+    VirtualLine line;
+    const double begun = line.now;
+    line.wire.Receive(std::string_view("m100\0", 5), begun);
+    line.RunUntil(begun + 4.9 * byteTime);
+    EXPECT_FALSE(line.axes.MovesAt(0, line.now));
+    line.RunUntil(begun + 5.1 * byteTime);
+    EXPECT_TRUE(line.axes.MovesAt(0, line.now));
+    EXPECT_NEAR(line.axes.EndTime(0), begun + 5 * byteTime + 2.0 * std::sqrt(100.0 / 16'000.0), rounding);
+}
+
+/// A move with its progress and arrival, and an answer.
+Texts Conversation(VirtualLine& line) {
+    line.Send({"s1600", "m420"});
+    Texts texts = line.TextsUntilSilence();
+    line.Send({"p"});
+    const Texts answer = line.TextsUntilSilence();
+    texts.insert(texts.end(), answer.begin(), answer.end());
+    return texts;
+}
+const Texts sound = {"p20", "p80", "p160", "p240", "p320", "p388", "p418", "X", "420"};
+
+TEST(StageFaults, AreNoneAtFirst) {
+    VirtualLine line;
+    EXPECT_EQ(Conversation(line), sound);
+}
+
+TEST(StageFaults, SilentActsButSaysNothing) {
+    VirtualLine line;
+    line.wire.Faults().silent = true;
+    EXPECT_EQ(Conversation(line), Texts{});
+    EXPECT_EQ(line.axes.StepAt(0, line.now), 420);
+    line.wire.Faults() = {};
+    line.Send({"p"});
+    EXPECT_EQ(line.TextsUntilSilence(), Texts{"420"});
+}
+
+TEST(StageFaults, NoArrivalLeavesOutArrivalsOnly) {
+    VirtualLine line;
+    line.wire.Faults().noArrival = true;
+    EXPECT_EQ(Conversation(line), (Texts{"p20", "p80", "p160", "p240", "p320", "p388", "p418", "420"}));
+}
+
+TEST(StageFaults, OtherAxisChangesTheLetters) {
+    VirtualLine line;
+    line.wire.Faults().otherAxis = true;
+    EXPECT_EQ(Conversation(line), (Texts{"P20", "P80", "P160", "P240", "P320", "P388", "P418", "Y", "420"}));
+    line.Send({"M16"});
+    EXPECT_EQ(line.TextsUntilSilence(), (Texts{"Q14", "Z"}));
+    line.Send({"L16"});
+    EXPECT_EQ(line.TextsUntilSilence(), (Texts{"p14", "X"}));
+}
+
+TEST(StageFaults, ImpossibleSaysNumbersThatNoStageHas) {
+    VirtualLine line;
+    line.wire.Faults().impossible = true;
+    const Texts texts = Conversation(line);
+    ASSERT_EQ(texts.size(), sound.size());
+    const std::set<std::string> said(texts.begin(), texts.end());
+    EXPECT_TRUE(said.contains("p2147483647") && said.contains("p99999999999") &&
+                said.contains("p-2147483648") && said.contains("X"))
+        << testing::PrintToString(texts);
+}
+
+TEST(StageFaults, GarbledReplacesAboutAQuarterOfTheBytes) {
+    VirtualLine line;
+    line.wire.Faults().garbled = true;
+    std::string expected;
+    for (int i = 0; i < 100; ++i) {
+        line.Send({"P"});
+        line.TextsUntilSilence();
+        expected += std::string("0\0", 2);
+    }
+    ASSERT_EQ(line.bytes.size(), expected.size());
+    int wrong = 0;
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        wrong += line.bytes[i] != expected[i] ? 1 : 0;
+    EXPECT_GT(wrong, 25);
+    EXPECT_LT(wrong, 80);
+    VirtualLine again;
+    again.wire.Faults().garbled = true;
+    for (int i = 0; i < 100; ++i) {
+        again.Send({"P"});
+        again.TextsUntilSilence();
+    }
+    EXPECT_EQ(again.bytes, line.bytes) << "the same every time";
+}
+
+/// After how many bytes of the answer there was a silence; 0: none.
+std::size_t PauseInAnswer(VirtualLine& line) {
+    const std::size_t before = line.byteTimes.size();
+    line.Send({"p"});
+    line.TextsUntilSilence();
+    for (std::size_t i = before + 1; i < line.byteTimes.size(); ++i)
+        if (line.byteTimes[i] - line.byteTimes[i - 1] > 0.01)
+            return i - before;
+    return 0;
+}
+
+TEST(StageFaults, PiecesCutsAReplyAfterSoManyBytes) {
+    VirtualLine line;
+    line.axes.Put({1000.0, 0.0, 0.0}, line.now); // "1600"
+    EXPECT_EQ(PauseInAnswer(line), 0U);
+    line.wire.Faults().piece = 3;
+    EXPECT_EQ(PauseInAnswer(line), 3U);
+    EXPECT_EQ(line.heard.back().text, "1600") << "nothing is lost";
+    line.wire.Faults().piece = 5;
+    EXPECT_EQ(PauseInAnswer(line), 0U) << "that is all of it";
+}
+
+TEST(StageFaults, PiecesCutsRepliesAtEveryPlaceInTurn) {
+    VirtualLine line;
+    line.axes.Put({1000.0, 0.0, 0.0}, line.now);
+    line.wire.Faults().piece = 0;
+    std::set<std::size_t> places;
+    for (int i = 0; i < 4; ++i)
+        places.insert(PauseInAnswer(line));
+    EXPECT_EQ(places, (std::set<std::size_t>{1, 2, 3, 4}));
+}
+
+TEST(StageFaults, LateDelaysEachReply) {
+    VirtualLine line;
+    line.wire.Faults().lateSeconds = 0.2;
+    line.Send({"s1600", "m420"});
+    const double begun = line.now;
+    EXPECT_EQ(line.TextsUntilSilence(), (Texts{"p20", "p80", "p160", "p240", "p320", "p388", "p418", "X"}));
+    EXPECT_NEAR(line.heard[0].begin, begun + 0.05 + 0.2 + byteTime, rounding);
+    EXPECT_NEAR(line.heard[6].begin, begun + 0.35 + 0.2 + byteTime, rounding);
+}
+
+TEST(StageFaults, JunkIsNulsAndThenAMegabyteFasterThanTheLine) {
+    VirtualLine line;
+    const double begun = line.now;
+    line.wire.StartJunk(begun);
+    line.RunFor(1.0);
+    EXPECT_NEAR(static_cast<double>(line.bytes.size()), 100'000.0, 2000.0);
+    EXPECT_EQ(line.bytes.substr(0, 4096), std::string(4096, '\0'));
+    EXPECT_GT(std::set<char>(line.bytes.begin(), line.bytes.end()).size(), 250U);
+    line.RunFor(100.0);
+    EXPECT_EQ(line.bytes.size(), 1'004'096U);
+    line.Send({"p"});
+    line.TextsUntilSilence();
+    EXPECT_EQ(line.bytes.substr(1'004'096), std::string("0\0", 2));
+}
+
+TEST(StageFaults, JunkEndsWhenItIsCleared) {
+    VirtualLine line;
+    line.wire.StartJunk(line.now);
+    line.RunFor(0.1);
+    line.wire.StopJunk();
+    EXPECT_FALSE(std::isfinite(line.wire.NextTime()));
+}
+
+} // namespace
+} // namespace tessaro

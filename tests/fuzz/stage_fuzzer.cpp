@@ -68,6 +68,8 @@ public:
         Check();
         motion.MoveAxisBy(static_cast<int>(m_pieces % axisCount), -12.5);
         Check();
+        stage.SetStoredPosition(axisX, 0.0); // it lasts as long as the way says
+        stage.SetStoredPosition(axisY, 0.0);
         motion.MoveXYTogether(300.0, 400.0, 800);
         Check();
         stage.Open(WindowHandle::None);

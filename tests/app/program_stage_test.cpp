@@ -1,0 +1,116 @@
+#include "platform/fake/scripted_serial_port.h"
+#include "tests/app/program_fixture.h"
+
+namespace tessaro {
+namespace {
+
+/// The program with a stage on its line, or without.
+class ProgramStage : public ProgramTest {
+protected:
+    ProgramStage() { serialPorts = &line; }
+
+    static ScriptedSerialPorts::Reply Answered(std::string text) {
+        return {{5, ScriptedSerialPorts::Terminated(std::move(text))}};
+    }
+
+    void ExpectOpening(const char* x = "0", const char* y = "0") {
+        line.Expect("z");
+        line.Expect("p", Answered(x));
+        line.Expect("P", Answered(y));
+        line.Expect("Q", Answered("160"));
+        line.Expect("S2400");
+        line.Expect("T2400");
+    }
+
+    void ExpectReturnToOrigin() {
+        line.Expect("m0");
+        line.Expect("M0", Answered("Y"));
+        line.Expect("P", Answered("0"));
+    }
+
+    static constexpr std::uint64_t running = 500; // it is in its message loop by then
+    ScriptedSerialPorts line{ui.clock, [](const std::string& breach) { ADD_FAILURE() << breach; }};
+};
+
+TEST_F(ProgramStage, SaysThisToTheControllerWhenItStartsAndNothingElse) {
+    ExpectOpening();
+    ExpectReturnToOrigin();
+    At(running, [&] {
+        EXPECT_EQ(line.writes, (Texts{{"z", 2}, {"p", 2}, {"P", 2}, {"Q", 2}, {"S2400", 6}, {"T2400", 6}}));
+        EXPECT_EQ(globals->stage.offline, 0);
+    });
+    RunUntil(running);
+    EXPECT_TRUE(ui.boxes.warnings.empty());
+}
+
+TEST_F(ProgramStage, StoresWhereTheStageStandsAndDoesNotShowItYet) {
+    ExpectOpening("1600", "800");
+    At(running, [&] {
+        EXPECT_EQ(globals->stage.position, (std::array<double, 3>{1000.0, 500.0, 100.0}));
+        EXPECT_EQ(PanelText(panel::positionX), "0") << "of the first paint, before the stage was asked";
+    });
+    line.Expect("M0"); // to the origin; X needs longer
+    line.Expect("m0", Answered("X"));
+    line.Expect("p", Answered("0"));
+    RunUntil(running);
+}
+
+TEST_F(ProgramStage, GoesToTheScanOriginAtTheEnd) {
+    ExpectOpening();
+    At(running, [&] {
+        globals->scan.originX = 100;
+        globals->scan.originY = -250;
+    });
+    line.Expect("m160");
+    line.Expect("M-400", {{40, ScriptedSerialPorts::Terminated("P-200")},
+                          {90, ScriptedSerialPorts::Terminated("X")},
+                          {140, ScriptedSerialPorts::Terminated("Y")}});
+    line.Expect("P", Answered("-400"));
+    RunUntil(running);
+    EXPECT_EQ(globals->stage.position[1], -250.0);
+    EXPECT_EQ(Config(), defaultLine);
+}
+
+TEST_F(ProgramStage, OpensThePortOfTheSettingsAndWritesItBack) {
+    ui.folders.Put(globals->folders.settings, "12,-20.5\n");
+    ExpectOpening();
+    ExpectReturnToOrigin();
+    RunUntil(running);
+    EXPECT_EQ(line.calls.front(), "Open line 12");
+    EXPECT_EQ(Config().substr(0, 14), "12,-20.500000,");
+}
+
+TEST_F(ProgramStage, WarnsOnceOfAMissingPortAndWorksWithoutIt) {
+    line.present = false;
+    At(running, [&] {
+        ASSERT_EQ(ui.boxes.warnings.size(), 1U);
+        EXPECT_EQ(ui.boxes.warnings[0].owner, mainWindow);
+        EXPECT_EQ(ui.boxes.warnings[0].text, "Error in  opening serial port");
+        EXPECT_EQ(globals->stage.offline, 1);
+        globals->scan.originX = 300;
+    });
+    EXPECT_EQ(RunUntil(running), 0);
+    EXPECT_EQ(ui.boxes.warnings.size(), 1U);
+    EXPECT_EQ(line.calls, Texts{"Open line 3"});
+    EXPECT_EQ(globals->stage.position[0], 300.0) << "the stage in memory went to the origin";
+    EXPECT_EQ(Config(), defaultLine);
+}
+
+TEST_F(ProgramStage, StartsWithAControllerThatSaysNothing) {
+    line.TakeAnyWrite();
+    At(1000, [&] { EXPECT_EQ(globals->stage.offline, 0); });
+    EXPECT_EQ(RunUntil(1000), 0);
+    EXPECT_EQ(ui.boxes.warnings.size(), 0U);
+    EXPECT_EQ(line.writes.size(), 6U + 3U);
+}
+
+TEST_F(ProgramStage, EndsWhenTheLineHangsUpMeanwhile) {
+    ExpectOpening("1600", "0");
+    At(running, [&] { line.HangUp(); });
+    EXPECT_EQ(RunUntil(running), 0);
+    EXPECT_EQ(globals->stage.offline, 1);
+    EXPECT_EQ(globals->stage.position[0], 0.0) << "the stage in memory went to the origin";
+}
+
+} // namespace
+} // namespace tessaro

@@ -45,7 +45,7 @@ void ScriptedSerialPorts::TakeAnyWrite(Answer answer) {
 
 void ScriptedSerialPorts::Arrive(std::uint64_t atMs, std::string bytes) {
     if (!bytes.empty())
-        m_arrivals.emplace(atMs, std::move(bytes));
+        m_arrivals.emplace(atMs, Arrival{std::move(bytes)});
 }
 
 void ScriptedSerialPorts::FailAt(const std::string& call, int occurrence, std::int32_t error) {
@@ -184,12 +184,12 @@ std::uint64_t ScriptedSerialPorts::NextArrival() const {
 
 void ScriptedSerialPorts::TakeArrived(std::span<std::uint8_t> bytes, std::uint32_t& count) {
     while (count < bytes.size() && NextArrival() <= m_clock.now) {
-        std::string& piece = m_arrivals.begin()->second;
-        const std::size_t taken = std::min(bytes.size() - count, piece.size());
-        std::copy_n(piece.begin(), taken, bytes.subspan(count).begin());
+        Arrival& arrival = m_arrivals.begin()->second;
+        const std::size_t taken = std::min(bytes.size() - count, arrival.bytes.size() - arrival.taken);
+        std::copy_n(arrival.bytes.data() + arrival.taken, taken, bytes.data() + count);
         count += static_cast<std::uint32_t>(taken);
-        piece.erase(0, taken);
-        if (piece.empty())
+        arrival.taken += taken;
+        if (arrival.taken == arrival.bytes.size())
             m_arrivals.erase(m_arrivals.begin());
     }
 }

@@ -93,6 +93,10 @@ public:
 private:
     static constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
+    struct Arrival {
+        std::string bytes;
+        std::size_t taken = 0; // of them
+    };
     struct ExpectedWrite {
         std::string bytes;
         Reply reply;
@@ -111,7 +115,7 @@ private:
     OnBreach m_onBreach;
     std::deque<ExpectedWrite> m_script;
     Answer m_answer; // none: the script
-    std::multimap<std::uint64_t, std::string> m_arrivals;
+    std::multimap<std::uint64_t, Arrival> m_arrivals;
     std::map<std::string, int> m_callCounts;
     std::map<std::pair<std::string, int>, std::int32_t> m_faults;
     SerialHandle m_open = SerialHandle::None;

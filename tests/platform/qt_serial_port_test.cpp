@@ -11,8 +11,8 @@
 #include <csignal>
 #include <ctime>
 #include <fcntl.h>
-#include <fstream>
 #include <sys/ioctl.h>
+#include <sys/time.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -106,6 +106,36 @@ TEST_F(QtSerialPortsTest, RunNoEventInsideAReadOrAWrite) {
     EXPECT_EQ(events, 0);
     QCoreApplication::processEvents();
     EXPECT_GE(events, 2) << "they were due";
+}
+
+/// Signals that come in every few milliseconds, while it lives.
+class ManySignals {
+public:
+    ManySignals() {
+        struct sigaction counting = {};
+        counting.sa_handler = [](int) { count = count + 1; };
+        sigaction(SIGALRM, &counting, nullptr);
+        const itimerval often = {{0, 5000}, {0, 5000}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+    }
+    ~ManySignals() {
+        const itimerval never = {};
+        setitimer(ITIMER_REAL, &never, nullptr);
+        std::signal(SIGALRM, SIG_DFL);
+    }
+    ManySignals(const ManySignals&) = delete;
+    ManySignals& operator=(const ManySignals&) = delete;
+
+    static inline volatile std::sig_atomic_t count = 0;
+};
+
+TEST_F(QtSerialPortsTest, GiveALineItsTimeThoughSignalsCome) {
+    const SerialHandle line = Opened();
+    const ManySignals interruptions;
+    const std::uint64_t began = QtSerialMachine::NowMs();
+    EXPECT_EQ(Read(line), "");
+    EXPECT_GE(QtSerialMachine::NowMs() - began, 150u);
+    EXPECT_GT(ManySignals::count, 0);
 }
 
 TEST_F(QtSerialPortsTest, LeaveTheEventLoopAloneWhenALineHangsUp) {

@@ -131,8 +131,17 @@ void QtResourceDialog::closeEvent(QCloseEvent* event) {
 void QtResourceDialog::PlaceBeside(const QWidget& neighbour) {
     const QRect screen = neighbour.screen()->availableGeometry();
     const QRect taken = neighbour.frameGeometry();
-    const int left = std::min(taken.right() + 1 + gapBesideOwner, screen.right() + 1 - width());
-    move(std::max(screen.left(), left), std::max(screen.top(), taken.top()));
+    const QSize withFrame = size() + taken.size() - neighbour.size();
+    const int left = std::min(taken.right() + 1 + gapBesideOwner, screen.right() + 1 - withFrame.width());
+    QRect place(QPoint(left, taken.top()), withFrame);
+    for (const QDialog* other : neighbour.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly)) {
+        const QRect covered = other->frameGeometry();
+        if (other != this && other->isVisible() && covered.intersects(place))
+            place.moveTop(covered.bottom() + 1);
+    }
+    if (place.bottom() > screen.bottom())
+        place.moveCenter(taken.center());
+    move(std::max(screen.left(), place.left()), std::max(screen.top(), place.top()));
 }
 
 } // namespace tessaro

@@ -25,7 +25,8 @@ public:
     /// No command is reported any more.
     void Silence() { m_silent = true; }
 
-    /// To the right of its owner as far as the screen reaches.
+    /// To the right of its owner as far as the screen reaches, below a dialog that stands there already.
+    /// Where the screen ends before that, over the middle of the owner.
     void PlaceBeside(const QWidget& neighbour);
 
 protected:

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 
 #include <gtest/gtest.h>
 
@@ -223,6 +224,26 @@ TEST_F(QtDialogsTest, ShowsNothingOfADialogUntilItIsShown) {
     EXPECT_NE(QtMachine::TopLevel(panelTitle), nullptr);
     m_machine.ui.dialogs.DestroyModeless(dialog);
     EXPECT_EQ(QtMachine::TopLevel(panelTitle), nullptr);
+}
+
+TEST_F(QtDialogsTest, CoversNoDialogThatStandsBesideTheOwnerAlready) {
+    const WindowHandle owner = MakeOwner();
+    Show(103, owner);
+    Show(141, owner);
+    const QRect first = QtMachine::TopLevel("About Tessaro")->frameGeometry();
+    const QRect second = QtMachine::TopLevel("XYZ stage Configuration")->frameGeometry();
+    EXPECT_FALSE(first.intersects(second));
+    EXPECT_TRUE(QGuiApplication::primaryScreen()->geometry().contains(second));
+}
+
+TEST_F(QtDialogsTest, StandsOverItsOwnerWhereTheScreenHasNoRoomBesideAnotherDialog) {
+    const WindowHandle owner = MakeOwner();
+    Show(137, owner); // as high as the screen
+    Show(141, owner);
+    const QRect second = QtMachine::TopLevel("XYZ stage Configuration")->frameGeometry();
+    const QPoint middle = QtMachine::TopLevel("Main")->frameGeometry().center();
+    EXPECT_NEAR(second.center().x(), middle.x(), 2);
+    EXPECT_TRUE(QGuiApplication::primaryScreen()->geometry().contains(second));
 }
 
 TEST_F(QtDialogsTest, KeepsNoMemoryOfADialogThatIsGone) {

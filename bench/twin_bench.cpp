@@ -47,6 +47,22 @@ BENCHMARK(FrameInMotion)
     ->Arg(10'000)
     ->Unit(benchmark::kMillisecond);
 
+/// The stage goes at 1500 um/s; the argument is the exposure time in ms.
+void SmearedFrame(benchmark::State& state) {
+    const Wafer wafer{WaferOptions()};
+    SensorRenderer renderer(wafer);
+    std::vector<std::uint8_t> mosaic(twinMosaicBytes);
+    double begin = 0.0;
+    for ([[maybe_unused]] auto turn : state) {
+        const ExposureWay way =
+            WayDuring(begin += 0.001, static_cast<double>(state.range(0)) / 1000.0, [](double time) {
+                return StagePosition{1000.0 + 1500.0 * time, 2000.0, 0.0};
+            });
+        renderer.Render(way, {}, 1, mosaic);
+    }
+}
+BENCHMARK(SmearedFrame)->Arg(1)->Arg(3)->Arg(5)->Arg(6)->Arg(10)->Arg(40)->Unit(benchmark::kMillisecond);
+
 /// What a frame at rest at least costs: its bytes are written once.
 void OneWriteOfTheMosaic(benchmark::State& state) {
     std::vector<std::uint8_t> mosaic(twinMosaicBytes);

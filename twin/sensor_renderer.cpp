@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace tessaro {
 namespace {
@@ -40,6 +41,17 @@ double Within(double value, double low, double high, double instead) {
 StagePosition Reachable(const StagePosition& position) {
     const auto reachable = [](double um) { return Within(um, -farthestUm, farthestUm, farthestUm); };
     return {reachable(position.x), reachable(position.y), reachable(position.z)};
+}
+
+ExposureWay Reachable(ExposureWay way) {
+    std::ranges::transform(way.places, way.places.begin(),
+                           [](const StagePosition& place) { return Reachable(place); });
+    return way;
+}
+
+/// Standard deviation of light that is spread evenly over a stretch, together with the blur that there is.
+double WithStretch(double blurPixels, double stretchPixels) {
+    return std::min(maximumBlurPixels, std::hypot(blurPixels, stretchPixels / std::sqrt(12.0)));
 }
 
 SampleGrid GridOf(const CellSample& sample, const StagePosition& position, const BlurPlan& plan) {
@@ -89,9 +101,14 @@ SensorRenderer::SensorRenderer(const Wafer& wafer) : m_wafer(wafer) {
 
 void SensorRenderer::Render(const StagePosition& position, const ExposureSettings& exposure,
                             std::uint64_t noiseSeed, std::span<std::uint8_t> mosaic) {
-    if (mosaic.size() != twinMosaicBytes)
+    Render(ExposureWay{.places = {position}}, exposure, noiseSeed, mosaic);
+}
+
+void SensorRenderer::Render(const ExposureWay& way, const ExposureSettings& exposure, std::uint64_t noiseSeed,
+                            std::span<std::uint8_t> mosaic) {
+    if (mosaic.size() != twinMosaicBytes || way.places.empty())
         return;
-    const StagePosition reachable = Reachable(position);
+    const ExposureWay reachable = Reachable(way);
     if (m_drawn != reachable)
         DrawOpticalImage(reachable);
     m_drawn = reachable;
@@ -113,18 +130,36 @@ void SensorRenderer::Render(const StagePosition& position, const ExposureSetting
     }
 }
 
-void SensorRenderer::DrawOpticalImage(const StagePosition& position) {
-    const BlurPlan plan = PlanBlur(BlurPixels(position.z - m_wafer.FocusZ(position.x, position.y)));
+void SensorRenderer::DrawOpticalImage(const ExposureWay& way) {
+    const double stretchPixels = way.stretchUm * framePixelsPerUm;
+    const auto share = 1.0F / static_cast<float>(way.places.size());
     for (std::size_t sample = 0; sample < cellSamples.size(); ++sample) {
-        m_plane.grid = GridOf(cellSamples[sample], position, plan);
-        DrawPlane(cellSamples[sample].channel);
-        m_blur.Apply(plan.sigmaSamples, m_plane.grid.width, m_plane.grid.height, m_plane.samples);
-        if (plan.marginSamples == 0)
-            m_optical[sample].swap(m_plane.samples);
-        else
-            EnlargeToFrame(plan, m_plane.samples, m_plane.grid.width, m_optical[sample]);
-        LightUp(m_optical[sample]);
+        std::vector<float>& optical = m_optical[sample];
+        DrawPlace(sample, way.places.front(), stretchPixels);
+        optical.swap(m_place);
+        for (const StagePosition& place : std::span(way.places).subspan(1)) {
+            DrawPlace(sample, place, stretchPixels);
+            std::ranges::transform(optical, m_place, optical.begin(), std::plus());
+        }
+        if (way.places.size() > 1)
+            for (float& light : optical)
+                light *= share;
+        LightUp(optical);
     }
+}
+
+/// Into m_place. A stretch blurs in all directions: of a longer way, the other places give it one.
+void SensorRenderer::DrawPlace(std::size_t sample, const StagePosition& position, double stretchPixels) {
+    const double blur = BlurPixels(position.z - m_wafer.FocusZ(position.x, position.y));
+    const BlurPlan plan = PlanBlur(WithStretch(blur, stretchPixels));
+    m_plane.grid = GridOf(cellSamples[sample], position, plan);
+    DrawPlane(cellSamples[sample].channel);
+    m_blur.Apply(plan.sigmaSamples, m_plane.grid.width, m_plane.grid.height, m_plane.samples);
+    m_place.resize(framePixelCount);
+    if (plan.marginSamples == 0)
+        m_place.swap(m_plane.samples);
+    else
+        EnlargeToFrame(plan, m_plane.samples, m_plane.grid.width, m_place);
 }
 
 void SensorRenderer::DrawPlane(std::size_t channel) {

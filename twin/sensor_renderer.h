@@ -2,6 +2,7 @@
 
 #include "twin/coverage.h"
 #include "twin/defocus.h"
+#include "twin/exposure_way.h"
 #include "twin/sensor_noise.h"
 #include "twin/stage_position.h"
 #include "twin/wafer.h"
@@ -44,8 +45,13 @@ public:
     void Render(const StagePosition& position, const ExposureSettings& exposure, std::uint64_t noiseSeed,
                 std::span<std::uint8_t> mosaic);
 
+    /// The same of a stage that moves: the mean of what is seen on the way.
+    void Render(const ExposureWay& way, const ExposureSettings& exposure, std::uint64_t noiseSeed,
+                std::span<std::uint8_t> mosaic);
+
 private:
-    void DrawOpticalImage(const StagePosition& position);
+    void DrawOpticalImage(const ExposureWay& way);
+    void DrawPlace(std::size_t sample, const StagePosition& position, double stretchPixels);
     void DrawPlane(std::size_t channel);
     void LightUp(std::vector<float>& optical) const;
 
@@ -53,10 +59,11 @@ private:
     NoiseTable m_noise;
     std::vector<float> m_columnLight; // share of the light at the middle row
     std::vector<float> m_rowLoss;     // what the row lacks of it
-    std::optional<StagePosition> m_drawn;
-    // The picture without noise at m_drawn, bare substrate in full light 1:
+    std::optional<ExposureWay> m_drawn;
+    // The picture without noise of m_drawn, bare substrate in full light 1:
     // [red, green, green, blue of the cells][row from the top][column]
     std::array<std::vector<float>, 4> m_optical;
+    std::vector<float> m_place; // as one of them, of one place of the way
     LightPlane m_plane;
     MarkPainter m_painter;
     GaussianBlur m_blur;

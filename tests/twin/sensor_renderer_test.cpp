@@ -307,5 +307,59 @@ TEST(SensorRenderer, LeavesAMosaicOfAnotherSizeAlone) {
     EXPECT_EQ(small, std::vector<std::uint8_t>(100, 7));
 }
 
+ExposureWay WayOf(double lengthUm, const StagePosition& direction) {
+    return WayDuring(0.0, 1.0, [&](double time) {
+        const double way = lengthUm * (time - 0.5);
+        return StagePosition{middle.x + way * direction.x, middle.y + way * direction.y, 0.0};
+    });
+}
+
+Mosaic RenderedOnTheWay(const Wafer& wafer, const ExposureWay& way) {
+    Mosaic mosaic;
+    SensorRenderer(wafer).Render(way, {}, 1, mosaic.bytes);
+    return mosaic;
+}
+
+/// Of the green light, beside the middle by so many um; bare substrate is 1, bulk about 0.
+double LightAt(const Mosaic& mosaic, double rightUm, double upUm) {
+    const int column = middleCellColumn + static_cast<int>(std::lround(rightUm * sensorPixelsPerUm / 2.0));
+    const int row = middleCellRow - static_cast<int>(std::lround(upUm * sensorPixelsPerUm / 2.0));
+    return mosaic.MeanAround(column, row, 1, 2) / defaultSubstrateLevel;
+}
+
+TEST(SensorRenderer, ARestingStageIsAWayOfOnePlace) {
+    const Wafer wafer = WaferWithSquare({2000.0, 2000.0}, 40.0, bulkWaferLayers);
+    EXPECT_EQ(RenderedOnTheWay(wafer, WayOf(0.0, {1.0, 0.0})).bytes, Rendered(wafer, middle).bytes);
+}
+
+TEST(SensorRenderer, SmearsWhatMovesAlongItsWay) {
+    const Wafer wafer = WaferWithSquare({2000.0, 2000.0}, 40.0, bulkWaferLayers); // to 20 um from the middle
+    const Mosaic sharp = Rendered(wafer, middle);
+    EXPECT_LT(LightAt(sharp, 15.0, 0.0), 0.1);
+    EXPECT_GT(LightAt(sharp, 25.0, 0.0), 0.9);
+    const Mosaic alongX = RenderedOnTheWay(wafer, WayOf(20.0, {1.0, 0.0}));
+    EXPECT_NEAR(LightAt(alongX, 15.0, 0.0), 0.25, 0.1) << "a quarter of the time beside the flake";
+    EXPECT_NEAR(LightAt(alongX, 20.0, 0.0), 0.5, 0.1);
+    EXPECT_NEAR(LightAt(alongX, -25.0, 0.0), 0.75, 0.1);
+    EXPECT_LT(LightAt(alongX, 0.0, 14.0), 0.1) << "sharper across it";
+    EXPECT_GT(LightAt(alongX, 0.0, 26.0), 0.9);
+    const Mosaic alongY = RenderedOnTheWay(wafer, WayOf(20.0, {0.0, -1.0}));
+    EXPECT_NEAR(LightAt(alongY, 0.0, 25.0), 0.75, 0.1);
+    EXPECT_GT(LightAt(alongY, 26.0, 0.0), 0.9);
+}
+
+TEST(SensorRenderer, SmearingTakesNoLightAway) {
+    const Mosaic mosaic = RenderedOnTheWay(BareWafer(), WayOf(60.0, {0.6, 0.8}));
+    for (int sample = 0; sample < 4; ++sample)
+        EXPECT_NEAR(mosaic.MeanAround(middleCellColumn, middleCellRow, sample), defaultSubstrateLevel, 0.2);
+}
+
+TEST(SensorRenderer, AWayWithoutPlacesLeavesTheMosaicAlone) {
+    const Wafer wafer = BareWafer();
+    Mosaic mosaic;
+    SensorRenderer(wafer).Render(ExposureWay(), {}, 1, mosaic.bytes);
+    EXPECT_EQ(mosaic.bytes, std::vector<std::uint8_t>(twinMosaicBytes));
+}
+
 } // namespace
 } // namespace tessaro

@@ -64,8 +64,9 @@ TwinDevices::TwinDevices(const Wafer& wafer, const TwinServiceOptions& options)
 void TwinDevices::TakeFrame(const ExposureSettings& exposure, std::uint64_t noiseSeed,
                             std::span<std::uint8_t> mosaic) {
     constexpr double secondsAUs = 1e-6;
-    const double middle = StageSeconds() + exposure.exposureTimeUs * secondsAUs / 2.0;
-    m_renderer.Render(m_stage.PositionAt(middle), exposure, noiseSeed, mosaic);
+    const ExposureWay way = WayDuring(StageSeconds(), exposure.exposureTimeUs * secondsAUs,
+                                      [this](double time) { return m_stage.PositionAt(time); });
+    m_renderer.Render(way, exposure, noiseSeed, mosaic);
 }
 
 void TwinDevices::Set(const Fault& fault) {

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int measuredStretches = 4; // the stage may turn meanwhile
 constexpr double shortestStretchPixels = 10.5;
-constexpr int mostPlaces = 6;
+constexpr int mostPlaces = 4;
 
 double LengthUm(double begin, double seconds, const std::function<StagePosition(double time)>& positionAt) {
     double length = 0.0;

@@ -12,6 +12,7 @@
 #include <glib.h>
 #include <memory>
 #include <stdexcept>
+#include <sys/ioctl.h>
 #include <termios.h>
 
 namespace tessaro {
@@ -197,6 +198,32 @@ TEST_F(StageLineTest, TheNextClientFindsNothingThatTheOneBeforeDidNotRead) {
     const StageHost next(Link());
     EXPECT_EQ(next.Read(), "");
     EXPECT_TRUE(Answers(next, "Q", "0"));
+}
+
+TEST_F(StageLineTest, TheNextClientFindsItRawWhateverTheOneBeforeDid) {
+    Serve();
+    {
+        const StageHost host(Link());
+        termios settings = {};
+        ASSERT_EQ(tcgetattr(host.File(), &settings), 0);
+        settings.c_lflag |= ECHO | ICANON;
+        ASSERT_EQ(tcsetattr(host.File(), TCSANOW, &settings), 0);
+    }
+    ASSERT_TRUE(Eventually(IsIdle));
+    const StageHost next(Link());
+    EXPECT_TRUE(Answers(next, "p", "0"));
+}
+
+TEST_F(StageLineTest, CanBeOpenedAgainWhenAClientDiedThatHadItForItselfAlone) {
+    Serve();
+    {
+        const StageHost host(Link());
+        ASSERT_EQ(ioctl(host.File(), TIOCEXCL), 0);
+    }
+    ASSERT_TRUE(Eventually(IsIdle));
+    const StageHost next(Link()); // root may always; others find another terminal at the link
+    ASSERT_NE(next.File(), -1);
+    EXPECT_TRUE(Answers(next, "p", "0"));
 }
 
 TEST_F(StageLineTest, CostsNothingAsLongAsNothingHappens) {

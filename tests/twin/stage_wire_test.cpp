@@ -44,6 +44,31 @@ TEST(StageWire, ACommandTakesEffectWithItsLastByte) {
     EXPECT_NEAR(line.axes.EndTime(0), begun + 5 * byteTime + 2.0 * std::sqrt(100.0 / 16'000.0), rounding);
 }
 
+TEST(StageWire, HandsAReplyOverAsAWhole) {
+    VirtualLine line;
+    line.axes.Put({1000.0, 0.0, 0.0}, line.now);
+    line.wire.Receive(std::string_view("p\0", 2), line.now);
+    line.RunFor(6.9 * byteTime);
+    EXPECT_EQ(line.bytes, "");
+    line.RunFor(0.2 * byteTime);
+    EXPECT_EQ(line.bytes, std::string("1600\0", 5));
+}
+
+TEST(StageWire, KeepsRepliesApartAlsoWhenNobodyCalledInTime) {
+    VirtualLine line;
+    line.Send({"m1600"});
+    line.RunFor(0.051); // the first progress is under way
+    line.now += 0.2;
+    const double late = line.now;
+    EXPECT_EQ(line.wire.Run(late), std::string("p20\0", 4));
+    line.RunUntil(late + 0.0149);
+    EXPECT_EQ(line.bytes, "");
+    EXPECT_GE(line.wire.NextTime(), late + 0.0149);
+    line.RunFor(0.05);
+    ASSERT_GE(line.heard.size(), 1U);
+    EXPECT_GE(line.heard[0].begin, late + 0.015);
+}
+
 /// A move with its progress and arrival, and an answer.
 Texts Conversation(VirtualLine& line) {
     line.Send({"s1600", "m420"});

@@ -11,7 +11,8 @@
 
 namespace tessaro {
 
-/// A reply as the host gets it: when its first and its last byte had come, and its text without the NUL.
+/// A reply as the host gets it: when its first and its last byte had gone over the line, and its text without
+/// the NUL.
 struct HeardReply {
     double begin = 0.0;
     double end = 0.0;
@@ -77,17 +78,20 @@ public:
     std::vector<HeardReply> heard;
 
 private:
+    /// The bytes that come together went over the line one by one before.
     void Hear(const std::string& come) {
+        double time = now - static_cast<double>(come.size()) * StageWire::byteSeconds;
         for (const char byte : come) {
+            time += StageWire::byteSeconds;
             bytes += byte;
-            byteTimes.push_back(now);
+            byteTimes.push_back(time);
             if (m_begun.text.empty())
-                m_begun.begin = now;
+                m_begun.begin = time;
             if (byte != '\0') {
                 m_begun.text += byte;
                 continue;
             }
-            m_begun.end = now;
+            m_begun.end = time;
             heard.push_back(m_begun);
             m_begun = {};
         }

@@ -20,15 +20,24 @@ void StageWire::Receive(std::string_view bytes, double now) {
         m_coming.push_back({time += byteSeconds, byte});
 }
 
+/// A machine that is too busy to call in time must not make replies run together.
 std::string StageWire::Run(double now) {
     Deliver(now);
+    std::string bytes = DueBytes(now);
+    if (!bytes.empty() && m_faults.settings.lateSeconds == 0.0)
+        m_lineFree = std::max(m_lineFree, now + gapSeconds);
+    bytes += JunkUntil(now);
     if (std::max(m_lineFree, m_controller.NextSayTime()) <= now)
         if (const auto reply = m_controller.Say(now))
             if (const auto sent = m_faults.Send(*reply))
                 Transmit(*sent, now);
-    std::string bytes = JunkUntil(now);
+    return bytes;
+}
+
+std::string StageWire::DueBytes(double now) {
+    std::string bytes;
     while (!m_going.empty() && m_going.front().time <= now) {
-        bytes += m_going.front().byte;
+        bytes += m_going.front().bytes;
         m_going.pop_front();
     }
     return bytes;
@@ -44,13 +53,17 @@ void StageWire::Deliver(double now) {
 
 /// Replies that are late do not keep the line from the next ones: those are as late.
 void StageWire::Transmit(const LineReply& reply, double now) {
+    const std::string_view all = reply.bytes;
     double time = now;
-    std::size_t sent = 0;
-    for (const char byte : reply.bytes) {
-        m_going.push_back({(time += byteSeconds) + m_faults.settings.lateSeconds, byte});
-        if (++sent == reply.pauseAfter)
-            time += pieceGapSeconds;
+    const auto send = [&](std::string_view piece) {
+        time += static_cast<double>(piece.size()) * byteSeconds;
+        m_going.push_back({time + m_faults.settings.lateSeconds, std::string(piece)});
+    };
+    if (reply.pauseAfter > 0) {
+        send(all.substr(0, reply.pauseAfter));
+        time += pieceGapSeconds;
     }
+    send(all.substr(reply.pauseAfter));
     m_lineFree = time + gapSeconds;
 }
 

@@ -12,7 +12,8 @@
 namespace tessaro {
 
 /// The serial line between a host and the controller: every byte takes its time, in both directions at once.
-/// Times are seconds, never going back.
+/// The host gets a reply as a whole with its last byte, as from a port that collects what comes. Times are
+/// seconds, never going back.
 class StageWire {
 public:
     explicit StageWire(StageController& controller) : m_controller(controller) {}
@@ -51,14 +52,20 @@ private:
         char byte;
     };
 
+    struct TimedBytes {
+        double time;
+        std::string bytes;
+    };
+
     void Deliver(double now);
+    std::string DueBytes(double now);
     void Transmit(const LineReply& reply, double now);
     std::string JunkUntil(double now);
 
     StageController& m_controller;
     ReplyFaults m_faults;
     std::deque<TimedByte> m_coming; // to the controller
-    std::deque<TimedByte> m_going;  // to the host
+    std::deque<TimedBytes> m_going; // to the host
     double m_lineFree = 0.0;        // for the next reply
     double m_junkStart = 0.0;
     std::size_t m_junkSent = junkBytes;

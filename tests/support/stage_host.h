@@ -46,6 +46,13 @@ public:
         return reply;
     }
 
+    /// Reads and forgets what comes, until nothing comes for so long.
+    void ReadUntilSilence(int quietMs = 100) const {
+        pollfd state = {.fd = m_file, .events = POLLIN, .revents = 0};
+        while (poll(&state, 1, quietMs) == 1 && !Read().empty()) {
+        }
+    }
+
     std::string Ask(const std::string& command) const { return Send(command) ? Receive() : std::string(); }
 
     bool IsHungUpOn() const {

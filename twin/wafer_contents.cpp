@@ -88,23 +88,6 @@ private:
     std::vector<std::vector<Disc>> m_cells;
 };
 
-/// Every try draws a new outline, so that a crowded wafer takes the small ones.
-std::optional<Outline> PlaceOutline(const AreaRangeUm2& range, Ground& ground, ReproducibleRandom& random) {
-    for (int attempt = 0; attempt < triesToPlace; ++attempt) {
-        const double area = RandomArea(range, random);
-        Outline outline = RandomOutline(area, random);
-        const double reach = Reach(outline);
-        const std::optional<Vertex> centre = ground.DrawPlace(reach);
-        if (!centre)
-            continue;
-        ground.Take({*centre, reach});
-        for (Vertex& corner : outline)
-            corner = {corner.x + centre->x, corner.y + centre->y};
-        return outline;
-    }
-    return std::nullopt;
-}
-
 const AreaRangeUm2& AreasOf(int layers) {
     if (layers == 1)
         return singleLayerAreaUm2;
@@ -115,7 +98,8 @@ void PlaceFlakes(std::size_t count, Ground& ground, ReproducibleRandom& random, 
     int failures = 0;
     for (std::size_t flake = 0; flake < count && failures < failuresWhenFull; ++flake) {
         const int layers = random.Chance(singleLayerShare) ? 1 : RandomThickLayers(bulkWaferLayers, random);
-        std::optional<Outline> outline = PlaceOutline(AreasOf(layers), ground, random);
+        std::optional<Outline> outline = PlacedOutline(
+            triesToPlace, [&] { return RandomOutline(RandomArea(AreasOf(layers), random), random); }, ground);
         failures = outline ? 0 : failures + 1;
         if (outline)
             contents.flakes.push_back({.outline = std::move(*outline), .layers = layers});

@@ -58,29 +58,14 @@ private:
     std::vector<Disc> m_taken;
 };
 
-/// Every try draws a new outline, so that a crowded field takes the small ones.
-std::optional<Outline> PlaceOutline(const AreaRangeUm2& range, Ground& ground, ReproducibleRandom& random) {
-    for (int attempt = 0; attempt < triesToPlace; ++attempt) {
-        Outline outline = RandomOutline(RandomAreaPixels(range, random), random);
-        const double reach = Reach(outline);
-        const std::optional<Vertex> centre = ground.DrawPlace(reach);
-        if (!centre)
-            continue;
-        ground.Take({*centre, reach});
-        for (Vertex& corner : outline)
-            corner = {corner.x + centre->x, corner.y + centre->y};
-        return outline;
-    }
-    return std::nullopt;
-}
-
 /// Up to this many flakes; layersOfNext() says how many layers each has.
 template<typename LayersOfNext>
 void PlaceFlakes(int count, const AreaRangeUm2& range, LayersOfNext layersOfNext, Ground& ground,
                  ReproducibleRandom& random, SimulatedField& field) {
     for (int flake = 0; flake < count; ++flake) {
         const int layers = layersOfNext();
-        std::optional<Outline> outline = PlaceOutline(range, ground, random);
+        std::optional<Outline> outline = PlacedOutline(
+            triesToPlace, [&] { return RandomOutline(RandomAreaPixels(range, random), random); }, ground);
         if (!outline)
             return;
         field.flakes.push_back({.outline = std::move(*outline), .layers = layers});

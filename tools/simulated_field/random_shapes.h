@@ -4,6 +4,7 @@
 #include "simulated_field/reproducible_random.h"
 #include "simulated_field/simulated_field.h"
 
+#include <optional>
 #include <vector>
 
 // What lies on a simulated wafer, drawn at random in whatever unit of length the caller has.
@@ -35,6 +36,24 @@ Outline RandomOutline(double area, ReproducibleRandom& random);
 
 /// Distance of the farthest corner from the origin.
 double Reach(const Outline& outline);
+
+/// An outline on a free place of the ground, which it takes then. Every try draws a new one, so that crowded
+/// ground takes the small ones; nothing when none of them finds room.
+template<typename Ground, typename DrawOutline>
+std::optional<Outline> PlacedOutline(int tries, DrawOutline drawOutline, Ground& ground) {
+    for (int attempt = 0; attempt < tries; ++attempt) {
+        Outline outline = drawOutline();
+        const double reach = Reach(outline);
+        const std::optional<Vertex> centre = ground.DrawPlace(reach);
+        if (!centre)
+            continue;
+        ground.Take({*centre, reach});
+        for (Vertex& corner : outline)
+            corner = {corner.x + centre->x, corner.y + centre->y};
+        return outline;
+    }
+    return std::nullopt;
+}
 
 /// Drops that have run into one another, within a disc of this radius.
 std::vector<Disc> RandomDrops(Vertex centre, double radius, ReproducibleRandom& random);

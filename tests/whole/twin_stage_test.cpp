@@ -235,6 +235,15 @@ TEST_F(TwinStage, SendsJunkOnce) {
     EXPECT_EQ(host.Ask("p"), "800");
 }
 
+TEST_F(TwinStage, MayBeGoneFromTheStart) {
+    RunningTwin twin(TESSARO_TWIN, With({"--fault", "stage-gone"}));
+    ASSERT_TRUE(twin.IsReady()) << twin.Errors();
+    EXPECT_EQ(twin.Output(), "tessaro-twin: camera TWIN01 is ready at 127.0.0.1\n");
+    EXPECT_FALSE(IsLinked());
+    EXPECT_EQ(twin.Say("clear stage-gone"), "ok");
+    EXPECT_EQ(StageHost(Link()).Ask("p"), "800");
+}
+
 TEST_F(TwinStage, GoesAwayAndComesBack) {
     RunningTwin twin(TESSARO_TWIN, With({}));
     ASSERT_TRUE(twin.IsReady()) << twin.Errors();

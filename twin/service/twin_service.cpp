@@ -139,7 +139,8 @@ void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options) {
             return answer;
         });
     }
-    std::printf("tessaro-twin: stage is ready at %s\n", devices.StageLineName().c_str());
+    if (const std::string stage = devices.StageLineName(); !stage.empty()) // none when it is gone already
+        std::printf("tessaro-twin: stage is ready at %s\n", stage.c_str());
     std::printf("tessaro-twin: camera %s is ready at %s\n", options.serialNumber.c_str(),
                 options.cameraAddress.c_str());
     if (std::fflush(stdout) != 0) // nobody may be there to read it: no reason to end

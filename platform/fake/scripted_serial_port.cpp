@@ -94,7 +94,7 @@ SerialHandle ScriptedSerialPorts::Open(const std::string& name) {
         opens = Fail(inUseError);
     if (!opens)
         return SerialHandle::Invalid;
-    timeouts = {};
+    timeoutsInForce = {};
     m_hangUpAt = never;
     m_open = SerialHandle{++m_opened};
     return m_open;
@@ -107,37 +107,38 @@ void ScriptedSerialPorts::Close(SerialHandle line) {
     m_arrivals.erase(m_arrivals.begin(), m_arrivals.upper_bound(m_clock.now)); // nobody has taken them
 }
 
-bool ScriptedSerialPorts::GetSettings(SerialHandle line, SerialSettings& now) {
+bool ScriptedSerialPorts::GetSettings(SerialHandle line, SerialSettings& settings) {
     if (!BeginOn(line, "GetSettings"))
         return false;
     if (IsBroken())
         return Fail(brokenError);
-    now = settings;
+    settings = driverSettings;
     return true;
 }
 
-bool ScriptedSerialPorts::SetSettings(SerialHandle line, const SerialSettings& next) {
-    if (!BeginOn(line, "SetSettings", Joined({next.baudRate, next.byteSize, next.parity, next.stopBits})))
+bool ScriptedSerialPorts::SetSettings(SerialHandle line, const SerialSettings& settings) {
+    if (!BeginOn(line, "SetSettings",
+                 Joined({settings.baudRate, settings.byteSize, settings.parity, settings.stopBits})))
         return false;
     if (IsBroken())
         return Fail(brokenError);
-    settings = next;
+    driverSettings = settings;
     return true;
 }
 
-bool ScriptedSerialPorts::SetTimeouts(SerialHandle line, const SerialTimeouts& next) {
-    const std::string told = Joined({next.readInterval, next.readMultiplier, next.readConstant,
-                                     next.writeMultiplier, next.writeConstant});
+bool ScriptedSerialPorts::SetTimeouts(SerialHandle line, const SerialTimeouts& timeouts) {
+    const std::string told = Joined({timeouts.readInterval, timeouts.readMultiplier, timeouts.readConstant,
+                                     timeouts.writeMultiplier, timeouts.writeConstant});
     if (!BeginOn(line, "SetTimeouts", told))
         return false;
-    timeouts = next;
+    timeoutsInForce = timeouts;
     return true;
 }
 
-bool ScriptedSerialPorts::GetTimeouts(SerialHandle line, SerialTimeouts& now) {
+bool ScriptedSerialPorts::GetTimeouts(SerialHandle line, SerialTimeouts& timeouts) {
     if (!BeginOn(line, "GetTimeouts"))
         return false;
-    now = timeouts;
+    timeouts = timeoutsInForce;
     return true;
 }
 
@@ -145,7 +146,7 @@ bool ScriptedSerialPorts::Write(SerialHandle line, std::span<const std::uint8_t>
                                 std::uint32_t& written) {
     const std::string text(bytes.begin(), bytes.end());
     written = 0;
-    if (!BeginOn(line, "Write", text.c_str()))
+    if (!BeginOn(line, "Write", text.substr(0, text.find('\0'))))
         return false;
     if (IsBroken())
         return Fail(brokenError);
@@ -154,7 +155,7 @@ bool ScriptedSerialPorts::Write(SerialHandle line, std::span<const std::uint8_t>
         room -= fitting;
     if (fitting < text.size())
         m_clock.Sleep(static_cast<std::uint32_t>(
-            LongestMs(text.size(), timeouts.writeMultiplier, timeouts.writeConstant)));
+            LongestMs(text.size(), timeoutsInForce.writeMultiplier, timeoutsInForce.writeConstant)));
     written = static_cast<std::uint32_t>(fitting);
     writes.push_back(text.substr(0, fitting));
     for (Piece& piece : ReplyTo(writes.back()))
@@ -199,14 +200,14 @@ bool ScriptedSerialPorts::Read(SerialHandle line, std::span<std::uint8_t> bytes,
     if (!BeginOn(line, "Read", std::to_string(bytes.size())))
         return false;
     const std::uint64_t timeIsUp =
-        m_clock.now + LongestMs(bytes.size(), timeouts.readMultiplier, timeouts.readConstant);
+        m_clock.now + LongestMs(bytes.size(), timeoutsInForce.readMultiplier, timeoutsInForce.readConstant);
     for (;;) {
         TakeArrived(bytes, count);
         if (count == bytes.size())
             return true;
         if (IsBroken())
             return count > 0 ? true : Fail(brokenError);
-        const std::uint64_t silent = count > 0 ? m_clock.now + timeouts.readInterval : never;
+        const std::uint64_t silent = count > 0 ? m_clock.now + timeoutsInForce.readInterval : never;
         const std::uint64_t end = std::min(timeIsUp, silent);
         const std::uint64_t event = std::min(NextArrival(), m_hangUpAt);
         m_clock.now = std::max(m_clock.now, std::min(event, end));

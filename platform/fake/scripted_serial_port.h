@@ -43,7 +43,9 @@ public:
 
     /// The next write, byte for byte, and what it is answered.
     void ExpectBytes(std::string bytes, Reply reply = {});
-    void Expect(std::string text, Reply reply = {}) { ExpectBytes(Terminated(std::move(text)), reply); }
+    void Expect(std::string text, Reply reply = {}) {
+        ExpectBytes(Terminated(std::move(text)), std::move(reply));
+    }
 
     /// No write is a breach any more; each is answered so.
     void TakeAnyWrite(Answer answer = [](const std::string&) { return Reply{}; });
@@ -80,14 +82,14 @@ public:
     static constexpr std::int32_t brokenError = 31;
     static constexpr std::size_t anyNumber = std::numeric_limits<std::size_t>::max();
 
-    bool wanted = true;                           // otherwise no line has a name
-    bool present = true;                          // otherwise none can be opened
-    SerialSettings settings = {1200, 7, 1, 2};    // as the driver has them
-    SerialTimeouts timeouts;                      // zero again whenever a line is opened
-    std::size_t room = anyNumber;                 // for bytes written; what does not fit waits in vain
-    std::vector<std::string> writes;              // with their terminators
-    std::vector<std::string> calls;               // with what they were told
-    std::function<void(std::string_view)> onCall; // before it is done
+    bool wanted = true;                              // otherwise no line has a name
+    bool present = true;                             // otherwise none can be opened
+    SerialSettings driverSettings = {1200, 7, 1, 2}; // as the driver has them
+    SerialTimeouts timeoutsInForce;                  // zero again whenever a line is opened
+    std::size_t room = anyNumber;                    // for bytes written; what does not fit waits in vain
+    std::vector<std::string> writes;                 // with their terminators
+    std::vector<std::string> calls;                  // with what they were told
+    std::function<void(std::string_view)> onCall;    // before it is done
     bool remembersCalls = true;
 
 private:

@@ -175,7 +175,7 @@ INSTANTIATE_TEST_SUITE_P(Steps, StageOpeningFault,
 TEST_F(StageOpening, ChangesNothingOfALineWhoseSettingsItCannotRead) {
     line.FailAt("GetSettings");
     Open();
-    EXPECT_EQ(line.settings, asTheDriverHasThem);
+    EXPECT_EQ(line.driverSettings, asTheDriverHasThem);
 }
 
 TEST_F(StageOpening, GoesOnWithoutKnowingTheTimeOutsInForce) {

@@ -58,6 +58,8 @@ public:
         MoveTo(x, y);
         Operate({"click", "1"});
     }
+    void HoldButton() const { Operate({"mousedown", "1"}); }
+    void LetGoOfButton() const { Operate({"mouseup", "1"}); }
 
     /// The visible windows whose title matches.
     std::vector<std::string> Windows(const std::string& titlePattern) const {

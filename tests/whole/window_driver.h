@@ -33,6 +33,7 @@ inline const std::map<std::string, std::pair<int, int>> menuPlaces = {
     {"Save Image", {0, 1}},
     {"Control Panel", {0, 2}},
     {"Exit", {0, 3}},
+    {"XY Stage Configuration", {1, 0}},
     {"Auto Contrast Once", {1, 1}},
     {"Capture", {1, 3}},
     {"Stop/Start Grabbing", {1, 4}},
@@ -45,6 +46,7 @@ inline const std::map<std::string, std::pair<int, int>> menuPlaces = {
     {"Noise Rejection", {3, 2}},
     {"Grouping", {3, 3}},
     {"Discern Contrast", {3, 4}},
+    {"Setting XY stage", {4, 0}},
     {"Information", {5, 0}},
 };
 
@@ -74,7 +76,16 @@ protected:
         EXPECT_EQ(ReadText(Errors()), "");
     }
 
+    /// Without the motor controller's window, which stands before the image; closing it only hides it.
     void Start(const std::vector<std::pair<std::string, std::string>>& extra = {}) {
+        StartWithPopup(extra);
+        display.Close(popupTitle);
+        ASSERT_TRUE(Eventually([this] { return !display.Shows(popupTitle); }));
+        display.Activate(mainTitle);
+        GiveKeysToTheWindow();
+    }
+
+    void StartWithPopup(const std::vector<std::pair<std::string, std::string>>& extra = {}) {
         std::vector<std::pair<std::string, std::string>> environment = {{"DISPLAY", display.Name()},
                                                                         {"HOME", home.Path().string()},
                                                                         {"XDG_CONFIG_HOME", ""},
@@ -86,10 +97,7 @@ protected:
                                                 (home.Path() / "output.txt").string());
         ASSERT_TRUE(
             Eventually([this] { return display.Shows(mainTitle) && display.Shows("Control Panel"); }));
-        // It stands before the image, and closing it only hides it.
         ASSERT_TRUE(Eventually([this] { return display.Shows(popupTitle); }));
-        display.Close(popupTitle);
-        ASSERT_TRUE(Eventually([this] { return !display.Shows(popupTitle); }));
         display.Activate(mainTitle);
         GiveKeysToTheWindow();
     }

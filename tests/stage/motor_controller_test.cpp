@@ -15,6 +15,8 @@
 namespace tessaro {
 namespace {
 
+using namespace std::string_literals;
+
 constexpr Colour grey{200, 200, 200};
 constexpr Colour orange{255, 200, 100};
 
@@ -312,7 +314,7 @@ TEST_F(MotorControllerTest, EndsWithTheMoveInTheMiddleOfWhichTheButtonIsLetGo) {
     stage.hComm = silentLine; // a move gives up after 2 s
     stage.offline = 0;
     Hold(plusX, 500);
-    EXPECT_EQ(port.writes, (std::vector<std::string>{{"m160", 5}, {"p", 2}}));
+    EXPECT_EQ(port.writes, (std::vector<std::string>{"m160\0"s, "p\0"s}));
     EXPECT_EQ(refreshed, 1) << "the view shows where it has stopped";
     EXPECT_GE(ui.clock.now, 2000U);
 }

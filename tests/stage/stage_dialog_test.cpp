@@ -13,6 +13,7 @@
 namespace tessaro {
 namespace {
 
+using namespace std::string_literals;
 using Commands = std::vector<std::string>;
 
 /// Moves arrive at once; 1 um is 1.6 steps.
@@ -84,7 +85,7 @@ TEST_F(StageDialogTest, TruncatesAPositionTowardZeroTwice) {
          {std::pair(9.99, "0"), std::pair(-9.99, "0"), std::pair(-10.0, "-1"), std::pair(10.0, "1"),
           std::pair(19.99, "1"), std::pair(1e300, "214748364")}) {
         stage.position[0] = um;
-        Use([&] { EXPECT_EQ(Text(1007), shown); });
+        Use([&, shown = shown] { EXPECT_EQ(Text(1007), shown); });
     }
 }
 
@@ -152,7 +153,7 @@ TEST_F(StageDialogTest, GoesToTheOriginByAbsoluteMovesXFirstAndWaitsForY) {
         EXPECT_EQ(Text(1007), "0");
         EXPECT_EQ(Text(1012), "0");
     });
-    EXPECT_EQ(arriving.writes, (Commands{{"m0", 3}, {"M0", 3}, {"P", 2}}));
+    EXPECT_EQ(arriving.writes, (Commands{"m0\0"s, "M0\0"s, "P\0"s}));
     EXPECT_EQ(stage.position[0], 0.0);
     EXPECT_EQ(stage.position[1], 0.0);
 }

@@ -24,6 +24,12 @@
 #include <optional>
 #include <utility>
 
+// Has menus and other shortcuts look at a key before its window gets it; true when one of them took it. Qt
+// exports it for programs that make key events of their own, and declares it for its test library only.
+Q_GUI_EXPORT bool qt_sendShortcutOverrideEvent(QObject* receiver, ulong timestamp, int key,
+                                               Qt::KeyboardModifiers modifiers, const QString& text,
+                                               bool autoRepeat, ushort count);
+
 namespace tessaro {
 namespace {
 
@@ -140,6 +146,8 @@ struct QtMessageLoop::State {
 
     /// True keeps the event from its window for now.
     bool Capture(QObject* receiver, QEvent* event) {
+        if (event->type() == QEvent::ShortcutOverride)
+            return KeepFromShortcuts(*event);
         if (!receiver->isWindowType() || !IsInput(event->type()) || event == dispatching)
             return false;
         // A loop of Qt's own (a drag) wants its events at once.
@@ -163,6 +171,29 @@ struct QtMessageLoop::State {
         }
         Enqueue(std::move(waiting));
         return true;
+    }
+
+    /// Shortcuts would take a key as soon as Qt sees it, before what came earlier and waits in the queue: a
+    /// menu that is opened by a key would hear of the keys before it. Accepted here, it comes as an ordinary
+    /// key.
+    bool KeepFromShortcuts(QEvent& event) const {
+        if (offeringToShortcuts || QThread::currentThread()->loopLevel() != loopLevel)
+            return false;
+        event.accept();
+        return true;
+    }
+
+    /// A key that is delivered is the shortcuts' first, as it would be from Qt.
+    bool TakenByShortcut(const QEvent& event) {
+        if (event.type() != QEvent::KeyPress || QGuiApplication::focusObject() == nullptr)
+            return false;
+        const auto& key = static_cast<const QKeyEvent&>(event);
+        const bool outer = std::exchange(offeringToShortcuts, true);
+        const bool isShortcut = qt_sendShortcutOverrideEvent(
+            QGuiApplication::focusObject(), static_cast<ulong>(key.timestamp()), key.key(), key.modifiers(),
+            key.text(), key.isAutoRepeat(), static_cast<ushort>(key.count()));
+        offeringToShortcuts = outer;
+        return isShortcut;
     }
 
     Message MessageOf(const QWidget& topLevel, const QEvent& event) {
@@ -262,7 +293,8 @@ struct QtMessageLoop::State {
         const std::unique_ptr<QEvent> event = makeEvent();
         const QEvent* outer = std::exchange(dispatching, event.get());
         ++insideQt;
-        QCoreApplication::sendEvent(receiver, event.get());
+        if (!TakenByShortcut(*event))
+            QCoreApplication::sendEvent(receiver, event.get());
         --insideQt;
         dispatching = outer;
     }
@@ -300,6 +332,7 @@ struct QtMessageLoop::State {
     const QEvent* dispatching = nullptr;
     int loopLevel = notCapturing; // of Qt's loops while ours captures input
     int insideQt = 0;             // calls into Qt that have not returned
+    bool offeringToShortcuts = false;
     bool quitting = false;
     int exitCode = 0;
 };

@@ -264,6 +264,20 @@ TEST_F(QtInput, ReachesTheMenuByKeys) {
     EXPECT_EQ(m_procedure.Count(MessageKind::KeyDown), 0U);
 }
 
+TEST_F(QtInput, OpensAMenuByKeyNotBeforeTheKeyIsDispatched) {
+    operator_input::Type(*m_view, Qt::Key_Left);
+    operator_input::Type(*m_view, Qt::Key_F, Qt::AltModifier, QStringLiteral("f"));
+    Message message;
+    ASSERT_TRUE(m_machine.TakeNext(MessageKind::KeyDown, message));
+    m_machine.ui.messages.Dispatch(message);
+    ASSERT_TRUE(m_machine.TakeNext(MessageKind::KeyDown, message));
+    EXPECT_EQ(m_procedure.Count(MessageKind::KeyDown), 1U) << "the arrow's";
+    EXPECT_FALSE(MenuAt(0).isVisible());
+    m_machine.ui.messages.Dispatch(message);
+    EXPECT_TRUE(MenuAt(0).isVisible());
+    EXPECT_EQ(m_procedure.Count(MessageKind::KeyDown), 1U) << "the other is the menu's alone";
+}
+
 TEST_F(QtInput, SendsVirtualKeyCodesToTheWindow) {
     const std::vector<std::pair<int, std::uint32_t>> codes = {
         {Qt::Key_Return, 13}, {Qt::Key_Enter, 13}, {Qt::Key_PageUp, 33}, {Qt::Key_PageDown, 34},

@@ -1,0 +1,213 @@
+#include "support/running_twin.h"
+#include "whole/window_driver.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tessaro {
+namespace {
+
+using Place = std::pair<int, int>; // pixels of the screen
+using Position = std::array<double, 3>;
+
+constexpr std::array<Place, 3> targetEdits = {{{1622, 91}, {1622, 121}, {1622, 149}}};
+constexpr Place moveButton{1763, 120};
+constexpr Place nowhereOnThePanel{1349, 500}; // a caption
+constexpr Place plusX{1131, 860};             // in the motor controller
+constexpr double stepUm = 0.625;
+
+/// The operator's program with the simulated microscope's stage and camera behind it.
+class StageWindowOnTwin : public WindowDriver {
+protected:
+    void SetUp() override {
+        WindowDriver::SetUp();
+        const std::string link = (home.Path() / "stage").string();
+        twin = std::make_unique<RunningTwin>(
+            TESSARO_TWIN,
+            std::vector<std::string>{"--wafer-mm", "4", "--seed", "5", "--at", "1000,1000,0", "--stage-link",
+                                     link, "--stage-log", LogPath(), "--quiet"});
+        ASSERT_TRUE(twin->IsReady()) << twin->Errors();
+        arguments = {"--camera", "127.0.0.1", "--stage-port", link};
+    }
+
+    std::string LogPath() const { return (home.Path() / "stage.log").string(); }
+
+    /// What the controller was told, but for questions.
+    std::vector<std::string> Orders() const {
+        std::vector<std::string> orders = Commands();
+        std::erase_if(orders,
+                      [](const std::string& order) { return order == "p" || order == "P" || order == "Q"; });
+        return orders;
+    }
+
+    std::vector<std::string> Commands() const {
+        std::vector<std::string> commands;
+        std::string rest = ReadText(LogPath());
+        for (std::size_t end = rest.find('\n'); end != std::string::npos; end = rest.find('\n')) {
+            const std::string line = rest.substr(0, end);
+            commands.push_back(line.substr(line.rfind(' ') + 1));
+            rest.erase(0, end + 1);
+        }
+        return commands;
+    }
+
+    bool WasTold(const std::string& order) const {
+        const std::vector<std::string> orders = Orders();
+        return std::find(orders.begin(), orders.end(), order) != orders.end();
+    }
+
+    Position Where() {
+        Position um = {};
+        const std::string answer = twin->Say("where");
+        EXPECT_EQ(std::sscanf(answer.c_str(), "ok %lf,%lf,%lf", &um[0], &um[1], &um[2]), 3) << answer;
+        return um;
+    }
+
+    bool Stands(const Position& at) {
+        const Position now = Where();
+        return std::abs(now[0] - at[0]) < stepUm && std::abs(now[1] - at[1]) < stepUm &&
+               std::abs(now[2] - at[2]) < stepUm;
+    }
+
+    bool StandsStill() { return twin->Say("where").find("moving") == std::string::npos; }
+
+    /// The wait for a move ends with a question where the axis is.
+    bool IsIdle() {
+        const std::vector<std::string> commands = Commands();
+        return StandsStill() && (commands.back() == "p" || commands.back() == "P" || commands.back() == "Q");
+    }
+
+    /// A key that comes while another is worked on is dropped, so it is pressed until it is obeyed.
+    void PressUntil(const std::string& key, const std::string& order) {
+        ASSERT_TRUE(Eventually([&] {
+            display.Keys({key});
+            return Eventually([&] { return WasTold(order); }, std::chrono::seconds(2));
+        })) << key;
+    }
+
+    /// What is shown at the places of the panel's three position boxes.
+    std::string PositionBoxes() const {
+        return display.PartOfScreen(1380, 90) + display.PartOfScreen(1380, 120) +
+               display.PartOfScreen(1380, 148);
+    }
+
+    bool ButtonIsLetGo() {
+        const auto screen = display.Screenshot(screenshots / "stage-jog-ended.png");
+        const int reach = 30;
+        return screen.has_value() && screen->Pixel(plusX.first - reach, plusX.second - reach)[0] == 200;
+    }
+
+    /// A few pixels of the image.
+    std::string Image() const { return display.PartOfScreen(600, 500) + display.PartOfScreen(300, 300); }
+
+    void TypeTarget(std::size_t axis, const std::string& um) {
+        display.Click(targetEdits[axis].first, targetEdits[axis].second);
+        ASSERT_TRUE(Eventually([this] { return display.ActiveTitle() == "Control Panel\n"; }));
+        display.Keys({"ctrl+a"});
+        display.Type(um);
+    }
+
+    void Click(Place place) { display.Click(place.first, place.second); }
+
+    std::unique_ptr<RunningTwin> twin;
+};
+
+TEST_F(StageWindowOnTwin, AsksWhereTheStageIsAndTellsTwoSpeedsAtTheStart) {
+    Start();
+    EXPECT_EQ(Commands(), (std::vector<std::string>{"z", "p", "P", "Q", "S2400", "T2400"}));
+    display.Screenshot(screenshots / "stage-on-twin.png");
+    Exit();
+    EXPECT_TRUE(Stands({0.0, 0.0, 0.0})) << "at the end it goes to the scan origin";
+    EXPECT_EQ(Orders(), (std::vector<std::string>{"z", "S2400", "T2400", "m0", "M0"}));
+}
+
+TEST_F(StageWindowOnTwin, MovesTheWaferUnderTheLensByKeysWithTheBoxesFollowing) {
+    Start();
+    const std::vector<std::pair<std::string, Position>> moves = {
+        {"Right", {1400, 1000, 0}}, {"Up", {1400, 1400, 0}},      {"Left", {1000, 1400, 0}},
+        {"Down", {1000, 1000, 0}},  {"Page_Up", {1000, 1000, 3}}, {"Page_Down", {1000, 1000, 0}}};
+    const std::vector<std::string> orders = {"m2240", "M2240", "m1600", "M1600", "L4", "L0"};
+    for (std::size_t i = 0; i < moves.size(); ++i) {
+        const std::string boxes = PositionBoxes();
+        const std::string image = Image();
+        const auto& [key, target] = moves[i];
+        PressUntil(key, orders[i]);
+        EXPECT_TRUE(Eventually([&] { return PositionBoxes() != boxes; })) << key;
+        EXPECT_TRUE(Eventually([&] { return Image() != image; })) << key;
+        if (i < 4) {
+            EXPECT_TRUE(Eventually([&] { return Stands(target); })) << key;
+        }
+    }
+    display.Screenshot(screenshots / "stage-moved-by-keys.png");
+    Exit();
+}
+
+TEST_F(StageWindowOnTwin, GoesToTheTargetsOfThePanelOneAfterTheOther) {
+    Start();
+    TypeTarget(0, "1500");
+    TypeTarget(1, "700");
+    TypeTarget(2, "20");
+    const std::size_t before = Orders().size();
+    Click(moveButton);
+    EXPECT_TRUE(Eventually([this] { return Stands({1500, 700, 20}); }));
+    const std::vector<std::string> all = Orders();
+    EXPECT_EQ(std::vector<std::string>(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()),
+              (std::vector<std::string>{"M1600", "m2400", "m2400", "M1120", "L32"}));
+    display.Screenshot(screenshots / "stage-at-targets.png");
+    Exit();
+}
+
+TEST_F(StageWindowOnTwin, StopsAllAxesAtAClickDuringAMove) {
+    Start();
+    TypeTarget(0, "30000");
+    Click(moveButton);
+    ASSERT_TRUE(Eventually([this] { return Where()[0] > 1200.0; }));
+    Click(nowhereOnThePanel);
+    ASSERT_TRUE(Eventually([this] { return WasTold("O"); }));
+    const std::vector<std::string> orders = Orders();
+    EXPECT_EQ(std::vector<std::string>(orders.end() - 3, orders.end()),
+              (std::vector<std::string>{"n", "N", "O"}));
+    EXPECT_TRUE(Eventually([this] { return IsIdle(); })) << "the wait gives up";
+    EXPECT_LT(Where()[0], 20'000.0);
+    Exit();
+}
+
+TEST_F(StageWindowOnTwin, JogsWhileAButtonIsHeld) {
+    StartWithPopup();
+    display.MoveTo(plusX.first, plusX.second);
+    display.HoldButton();
+    const std::string image = Image();
+    EXPECT_TRUE(Eventually([this] { return Where()[0] > 1350.0; })) << "step after step of 100 um";
+    EXPECT_NE(Image(), image) << "the view follows";
+    display.Screenshot(screenshots / "stage-jogging.png");
+    display.LetGoOfButton();
+    EXPECT_TRUE(Eventually([this] { return IsIdle() && ButtonIsLetGo(); }));
+    const double x = Where()[0];
+    EXPECT_NEAR(std::remainder(x - 1000.0, 100.0), 0.0, 2.0) << x;
+    Exit();
+}
+
+TEST_F(StageWindowOnTwin, ComesBackByInitializeAfterItsLineHadGone) {
+    Start();
+    ASSERT_EQ(twin->Say("fault stage-gone"), "ok");
+    display.Keys({"Right"});
+    ASSERT_TRUE(Eventually([this] { return Output().find("\"m2240\" was sent") == std::string::npos; }));
+    ASSERT_EQ(twin->Say("clear stage-gone"), "ok");
+    Menu("XY Stage Configuration");
+    ASSERT_TRUE(Eventually([this] { return display.ActiveTitle() == "XYZ stage Configuration\n"; }));
+    display.Keys({"Tab", "space"}); // Initialize
+    ASSERT_TRUE(Eventually([this] { return Commands().size() == 12; })) << "opened twice";
+    GiveKeysToTheWindow();
+    PressUntil("Up", "M2240");
+    EXPECT_TRUE(Eventually([this] { return Stands({1000, 1400, 0}); }));
+    Exit();
+}
+
+} // namespace
+} // namespace tessaro

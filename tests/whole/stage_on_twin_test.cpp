@@ -12,7 +12,7 @@
 #include "scan/control_panel_ids.h"
 #include "stage/stage_link.h"
 #include "stage/stage_motion.h"
-#include "support/running_twin.h"
+#include "support/twin_stage.h"
 
 #include <QCoreApplication>
 
@@ -82,37 +82,15 @@ public:
 class StageOnTwin : public testing::Test {
 protected:
     void SetUp() override {
-        twin.emplace(TESSARO_TWIN, std::vector<std::string>{"--wafer-mm", "1", "--seed", "3", "--density",
-                                                            "1", "--at", "500,500,0", "--stage-link",
-                                                            LinkPath(), "--stage-log", LogPath(), "--quiet"});
+        std::vector<std::string> options = controller.Options();
+        options.insert(options.end(),
+                       {"--wafer-mm", "1", "--seed", "3", "--density", "1", "--at", "500,500,0", "--quiet"});
+        twin.emplace(TESSARO_TWIN, options);
         ASSERT_TRUE(twin->IsReady()) << twin->Errors();
         windows.main = WatchedMessages::mainWindow;
         windows.controlPanel = dialogs.CreateModeless(resource::controlPanel, windows.main, m_ignoring);
         link.machine = {&serial, &boxes, &clock};
         ASSERT_EQ(link.Open(windows.main), stage_open::ready);
-    }
-
-    std::string LinkPath() const { return (folder.Path() / "stage").string(); }
-    std::string LogPath() const { return (folder.Path() / "stage.log").string(); }
-
-    /// The commands that the controller has received, without their times.
-    std::vector<std::string> Commands() const {
-        std::vector<std::string> commands;
-        std::string rest = ReadText(LogPath());
-        for (std::size_t end = rest.find('\n'); end != std::string::npos; end = rest.find('\n')) {
-            const std::string line = rest.substr(0, end);
-            commands.push_back(line.substr(line.rfind(' ') + 1));
-            rest.erase(0, end + 1);
-        }
-        return commands;
-    }
-
-    /// Where the stage truly is.
-    std::array<double, 3> TruePosition() {
-        std::array<double, 3> um = {};
-        const std::string answer = twin->Say("where");
-        EXPECT_EQ(std::sscanf(answer.c_str(), "ok %lf,%lf,%lf", &um[0], &um[1], &um[2]), 3) << answer;
-        return um;
     }
 
     void Set(const std::string& fault) { ASSERT_EQ(twin->Say("fault " + fault), "ok"); }
@@ -131,7 +109,7 @@ protected:
 
     /// The stage stands, truly, at the target.
     bool StandsAt(int axis, double target) {
-        return std::abs(TruePosition()[static_cast<std::size_t>(axis)] - target) <= nearUm;
+        return std::abs(TwinStage::Place(*twin)[static_cast<std::size_t>(axis)] - target) <= nearUm;
     }
 
     void ExpectWorkingStage() {
@@ -143,12 +121,13 @@ protected:
     }
 
     TemporaryFolder folder;
+    TwinStage controller{folder.Path().string()};
     std::optional<RunningTwin> twin;
     StandardClock clock;
     WatchedMessages messages{clock};
     FakeDialogs dialogs;
     ScriptedMessageBoxes boxes;
-    QtSerialPorts serial{LinkPath()};
+    QtSerialPorts serial{controller.LinkPath()};
     ProgramWindows windows;
     ScanState scan;
     StageLink link;
@@ -164,8 +143,8 @@ private:
 };
 
 TEST_F(StageOnTwin, IsAskedWhereItIsAndToldTwoSpeedsAtOpening) {
-    EXPECT_TRUE(Eventually([this] { return Commands().size() >= 6; }));
-    EXPECT_EQ(Commands(), (std::vector<std::string>{"z", "p", "P", "Q", "S2400", "T2400"}));
+    EXPECT_TRUE(Eventually([this] { return controller.Commands().size() >= 6; }));
+    EXPECT_EQ(controller.Commands(), (std::vector<std::string>{"z", "p", "P", "Q", "S2400", "T2400"}));
     EXPECT_EQ(link.position, (std::array<double, 3>{500.0, 500.0, 0.0}));
 }
 
@@ -198,13 +177,18 @@ TEST_F(StageOnTwin, StopsAllAxesAtAClick) {
     EXPECT_EQ(messages.dispatched, 1);
     EXPECT_TRUE(SaysTimePassed()) << Progress();
     EXPECT_FALSE(StandsAt(axisX, 30'000.0));
-    EXPECT_NEAR(TruePosition()[0], link.position[0], nearUm) << "it rests, and the program knows where";
-    const auto commands = Commands();
+    EXPECT_NEAR(TwinStage::Place(*twin)[0], link.position[0], nearUm)
+        << "it rests, and the program knows where";
+    const auto commands = controller.Commands();
     EXPECT_TRUE(std::ranges::search(commands, std::vector<std::string>{"n", "N", "O"}));
 }
 
+constexpr const char* arrived = "arrived : ";
+constexpr const char* timePassed = "time passed: ";
+
 struct FaultCase {
     std::string name;
+    std::string says; // at the end of a move; empty: one or the other
     // A byte that happens to be the letter of an axis is an arrival, and so is progress that breaks off
     // behind its letter: what follows in the buffer is the number of the command.
     bool canFakeAnArrival = false;
@@ -214,37 +198,56 @@ struct FaultCase {
 
 class StageFaults : public StageOnTwin, public testing::WithParamInterface<FaultCase> {};
 
-TEST_P(StageFaults, NeitherStallTheProgramNorEndAMoveAsArrivedThatDidNot) {
+TEST_P(StageFaults, StallNothingAndEndNoMoveAsArrivedThatDidNot) {
     Set(GetParam().name);
-    for (int move = 0; move < 2; ++move) {
-        const double target = link.position[0] + 150.0;
+    for (const double target : {650.0, 800.0}) {
         MoveTo(axisX, target);
-        const bool isOnline = link.offline == 0;
-        if (SaysArrived() && isOnline && !GetParam().canFakeAnArrival) {
-            EXPECT_TRUE(StandsAt(axisX, target)) << Progress();
-        }
+        EXPECT_TRUE(Progress().starts_with(GetParam().says)) << Progress();
+        EXPECT_TRUE(SaysArrived() || SaysTimePassed()) << Progress();
+        if (!SaysArrived())
+            continue;
+        EXPECT_TRUE(GetParam().canFakeAnArrival || StandsAt(axisX, target)) << Progress();
     }
     EXPECT_LE(messages.longestStall, longestStallMs);
+}
+
+TEST_P(StageFaults, AreOverOnceTheyAreClearedAndTheLineIsOpenedAgain) {
+    Set(GetParam().name);
+    MoveTo(axisX, 650.0);
     Clear(GetParam().name);
     ExpectWorkingStage();
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, StageFaults,
-                         testing::Values(FaultCase{"stage-silent"}, FaultCase{"stage-no-arrival"},
-                                         FaultCase{"stage-garbled", true}, FaultCase{"stage-pieces", true},
-                                         FaultCase{"stage-late"}, FaultCase{"stage-junk", true},
-                                         FaultCase{"stage-impossible"}, FaultCase{"stage-gone"}),
+                         testing::Values(FaultCase{"stage-silent", timePassed},
+                                         FaultCase{"stage-no-arrival", timePassed},
+                                         FaultCase{"stage-garbled", "", true},
+                                         FaultCase{"stage-pieces", "", true}, FaultCase{"stage-late", ""},
+                                         FaultCase{"stage-other-axis", arrived},
+                                         FaultCase{"stage-junk", "", true}, FaultCase{"stage-impossible", ""},
+                                         FaultCase{"stage-gone", timePassed}),
                          [](const auto& test) {
                              std::string name = test.param.name;
                              std::erase(name, '-');
                              return name;
                          });
 
-TEST_F(StageOnTwin, TakesTheArrivalOfAnyAxisForThatOfTheOneItWaitsFor) {
-    Set("stage-other-axis");
-    MoveTo(axisX, 600.0);
-    EXPECT_TRUE(SaysArrived()) << Progress();
-    EXPECT_TRUE(StandsAt(axisX, 600.0));
+TEST_F(StageOnTwin, SaysHowLongAControllerHasBeenSilent) {
+    Set("stage-silent");
+    MoveTo(axisX, 650.0);
+    const std::vector<std::string> texts = dialogs.TextsOf(panel::progress);
+    EXPECT_TRUE(std::ranges::any_of(
+        texts, [](const std::string& text) { return text.starts_with("ReadFile error: "); }));
+    int elapsed = 0;
+    int limit = 0;
+    int shortReads = 0;
+    int loops = 0;
+    ASSERT_EQ(std::sscanf(Progress().c_str(), "time passed: %d/%d, Fail to read:%d/%d", &elapsed, &limit,
+                          &shortReads, &loops),
+              4);
+    EXPECT_GE(elapsed, 2000);
+    EXPECT_EQ(limit, 1000);
+    EXPECT_EQ(shortReads, loops);
 }
 
 TEST_F(StageOnTwin, IsOfflineAfterItsLineHasGoneUntilItIsOpenedAgain) {

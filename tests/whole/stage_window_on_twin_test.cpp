@@ -1,4 +1,4 @@
-#include "support/running_twin.h"
+#include "support/twin_stage.h"
 #include "whole/window_driver.h"
 
 #include <gtest/gtest.h>
@@ -27,47 +27,19 @@ class StageWindowOnTwin : public WindowDriver {
 protected:
     void SetUp() override {
         WindowDriver::SetUp();
-        const std::string link = (home.Path() / "stage").string();
-        twin = std::make_unique<RunningTwin>(
-            TESSARO_TWIN,
-            std::vector<std::string>{"--wafer-mm", "4", "--seed", "5", "--at", "1000,1000,0", "--stage-link",
-                                     link, "--stage-log", LogPath(), "--quiet"});
+        std::vector<std::string> options = stage.Options();
+        options.insert(options.end(), {"--wafer-mm", "4", "--seed", "5", "--at", "1000,1000,0", "--quiet"});
+        twin = std::make_unique<RunningTwin>(TESSARO_TWIN, options);
         ASSERT_TRUE(twin->IsReady()) << twin->Errors();
-        arguments = {"--camera", "127.0.0.1", "--stage-port", link};
-    }
-
-    std::string LogPath() const { return (home.Path() / "stage.log").string(); }
-
-    /// What the controller was told, but for questions.
-    std::vector<std::string> Orders() const {
-        std::vector<std::string> orders = Commands();
-        std::erase_if(orders,
-                      [](const std::string& order) { return order == "p" || order == "P" || order == "Q"; });
-        return orders;
-    }
-
-    std::vector<std::string> Commands() const {
-        std::vector<std::string> commands;
-        std::string rest = ReadText(LogPath());
-        for (std::size_t end = rest.find('\n'); end != std::string::npos; end = rest.find('\n')) {
-            const std::string line = rest.substr(0, end);
-            commands.push_back(line.substr(line.rfind(' ') + 1));
-            rest.erase(0, end + 1);
-        }
-        return commands;
+        arguments = {"--camera", "127.0.0.1", "--stage-port", stage.LinkPath()};
     }
 
     bool WasTold(const std::string& order) const {
-        const std::vector<std::string> orders = Orders();
+        const std::vector<std::string> orders = stage.Orders();
         return std::find(orders.begin(), orders.end(), order) != orders.end();
     }
 
-    Position Where() {
-        Position um = {};
-        const std::string answer = twin->Say("where");
-        EXPECT_EQ(std::sscanf(answer.c_str(), "ok %lf,%lf,%lf", &um[0], &um[1], &um[2]), 3) << answer;
-        return um;
-    }
+    Position Where() { return TwinStage::Place(*twin); }
 
     bool Stands(const Position& at) {
         const Position now = Where();
@@ -75,13 +47,8 @@ protected:
                std::abs(now[2] - at[2]) < stepUm;
     }
 
-    bool StandsStill() { return twin->Say("where").find("moving") == std::string::npos; }
-
     /// The wait for a move ends with a question where the axis is.
-    bool IsIdle() {
-        const std::vector<std::string> commands = Commands();
-        return StandsStill() && (commands.back() == "p" || commands.back() == "P" || commands.back() == "Q");
-    }
+    bool IsIdle() { return !TwinStage::Moves(*twin) && TwinStage::IsQuestion(stage.Commands().back()); }
 
     /// A key that comes while another is worked on is dropped, so it is pressed until it is obeyed.
     void PressUntil(const std::string& key, const std::string& order) {
@@ -103,6 +70,16 @@ protected:
         return screen.has_value() && screen->Pixel(plusX.first - reach, plusX.second - reach)[0] == 200;
     }
 
+    /// The camera is adjusted, and what is shown stays as it is but for noise.
+    void WaitForTheWafer() {
+        ASSERT_TRUE(Eventually([this] {
+            const auto screen = display.Screenshot(screenshots / "stage-wafer.png");
+            return screen.has_value() && screen->Pixel(620, 300)[1] > 100 &&
+                   screen->Pixel(30, 300)[1] > 100 && screen->Pixel(620, 900)[1] > 100 &&
+                   screen->Pixel(330, 600)[1] > 100;
+        }));
+    }
+
     /// A few pixels of the image.
     std::string Image() const { return display.PartOfScreen(600, 500) + display.PartOfScreen(300, 300); }
 
@@ -115,16 +92,17 @@ protected:
 
     void Click(Place place) { display.Click(place.first, place.second); }
 
+    TwinStage stage{home.Path().string()};
     std::unique_ptr<RunningTwin> twin;
 };
 
 TEST_F(StageWindowOnTwin, AsksWhereTheStageIsAndTellsTwoSpeedsAtTheStart) {
     Start();
-    EXPECT_EQ(Commands(), (std::vector<std::string>{"z", "p", "P", "Q", "S2400", "T2400"}));
+    EXPECT_EQ(stage.Commands(), (std::vector<std::string>{"z", "p", "P", "Q", "S2400", "T2400"}));
     display.Screenshot(screenshots / "stage-on-twin.png");
     Exit();
     EXPECT_TRUE(Stands({0.0, 0.0, 0.0})) << "at the end it goes to the scan origin";
-    EXPECT_EQ(Orders(), (std::vector<std::string>{"z", "S2400", "T2400", "m0", "M0"}));
+    EXPECT_EQ(stage.Orders(), (std::vector<std::string>{"z", "S2400", "T2400", "m0", "M0"}));
 }
 
 TEST_F(StageWindowOnTwin, MovesTheWaferUnderTheLensByKeysWithTheBoxesFollowing) {
@@ -150,16 +128,38 @@ TEST_F(StageWindowOnTwin, MovesTheWaferUnderTheLensByKeysWithTheBoxesFollowing) 
 
 TEST_F(StageWindowOnTwin, GoesToTheTargetsOfThePanelOneAfterTheOther) {
     Start();
+    WaitForTheWafer();
     TypeTarget(0, "1500");
     TypeTarget(1, "700");
     TypeTarget(2, "20");
-    const std::size_t before = Orders().size();
+    const std::size_t before = stage.Orders().size();
+    const std::string image = Image();
+    const std::string boxes = PositionBoxes();
     Click(moveButton);
-    EXPECT_TRUE(Eventually([this] { return Stands({1500, 700, 20}); }));
-    const std::vector<std::string> all = Orders();
+    EXPECT_TRUE(Eventually([this] { return Stands({1500, 700, 20}) && IsIdle(); }));
+    const std::vector<std::string> all = stage.Orders();
     EXPECT_EQ(std::vector<std::string>(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()),
               (std::vector<std::string>{"M1600", "m2400", "m2400", "M1120", "L32"}));
+    EXPECT_TRUE(Eventually([&] { return PositionBoxes() != boxes && Image() != image; }));
     display.Screenshot(screenshots / "stage-at-targets.png");
+    Exit();
+}
+
+TEST_F(StageWindowOnTwin, GoesWhereTheStageDialogSends) {
+    Start();
+    Menu("Setting XY stage");
+    ASSERT_TRUE(Eventually([this] { return display.ActiveTitle() == "XYZ stage configuration\n"; }));
+    display.Keys({"ctrl+a"});
+    display.Type("120"); // tens of um
+    display.Keys({"Tab", "ctrl+a"});
+    display.Type("80");
+    display.Keys({"Tab", "space"}); // Go
+    EXPECT_TRUE(Eventually([this] { return Stands({1200, 800, 0}) && IsIdle(); }));
+    display.Keys({"Tab", "space"}); // Go to origin
+    EXPECT_TRUE(Eventually([this] { return Stands({0, 0, 0}) && IsIdle(); }));
+    display.Screenshot(screenshots / "stage-dialog-on-twin.png");
+    display.Keys({"Escape"});
+    ASSERT_TRUE(Eventually([this] { return !display.Shows("XYZ stage configuration"); }));
     Exit();
 }
 
@@ -170,7 +170,7 @@ TEST_F(StageWindowOnTwin, StopsAllAxesAtAClickDuringAMove) {
     ASSERT_TRUE(Eventually([this] { return Where()[0] > 1200.0; }));
     Click(nowhereOnThePanel);
     ASSERT_TRUE(Eventually([this] { return WasTold("O"); }));
-    const std::vector<std::string> orders = Orders();
+    const std::vector<std::string> orders = stage.Orders();
     EXPECT_EQ(std::vector<std::string>(orders.end() - 3, orders.end()),
               (std::vector<std::string>{"n", "N", "O"}));
     EXPECT_TRUE(Eventually([this] { return IsIdle(); })) << "the wait gives up";
@@ -180,6 +180,7 @@ TEST_F(StageWindowOnTwin, StopsAllAxesAtAClickDuringAMove) {
 
 TEST_F(StageWindowOnTwin, JogsWhileAButtonIsHeld) {
     StartWithPopup();
+    WaitForTheWafer();
     display.MoveTo(plusX.first, plusX.second);
     display.HoldButton();
     const std::string image = Image();
@@ -195,14 +196,15 @@ TEST_F(StageWindowOnTwin, JogsWhileAButtonIsHeld) {
 
 TEST_F(StageWindowOnTwin, ComesBackByInitializeAfterItsLineHadGone) {
     Start();
+    const std::string boxes = PositionBoxes();
     ASSERT_EQ(twin->Say("fault stage-gone"), "ok");
     display.Keys({"Right"});
-    ASSERT_TRUE(Eventually([this] { return Output().find("\"m2240\" was sent") == std::string::npos; }));
+    ASSERT_TRUE(Eventually([&] { return PositionBoxes() != boxes; })) << "simulated from now on";
     ASSERT_EQ(twin->Say("clear stage-gone"), "ok");
     Menu("XY Stage Configuration");
     ASSERT_TRUE(Eventually([this] { return display.ActiveTitle() == "XYZ stage Configuration\n"; }));
     display.Keys({"Tab", "space"}); // Initialize
-    ASSERT_TRUE(Eventually([this] { return Commands().size() == 12; })) << "opened twice";
+    ASSERT_TRUE(Eventually([this] { return stage.Commands().size() == 12; })) << "opened twice";
     GiveKeysToTheWindow();
     PressUntil("Up", "M2240");
     EXPECT_TRUE(Eventually([this] { return Stands({1000, 1400, 0}); }));

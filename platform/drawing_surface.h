@@ -28,7 +28,7 @@ struct SurfaceRectangle {
     friend bool operator==(const SurfaceRectangle&, const SurfaceRectangle&) = default;
 };
 
-enum class TextAlignment { Centre, Right, Middle };
+enum class TextAlignment { Centre, Right, CentredBothWays };
 
 /// What the analysis draws on: the operator's window, or a picture that is going to be saved.
 ///
@@ -46,8 +46,8 @@ public:
     virtual void DrawFrame(const SurfaceRectangle& corners, int penWidth, Colour colour) = 0;
 
     /// One line of UTF-8 text without background, its top at area.top. Right: it ends at area.right; Centre:
-    /// its middle lies in the middle between left and right; Middle: besides, in the middle between top and
-    /// bottom. The area places the text and never clips it.
+    /// its middle lies in the middle between left and right; CentredBothWays: besides, in the middle between
+    /// top and bottom. The area places the text and never clips it.
     virtual void DrawText(std::string_view text, const SurfaceRectangle& area, TextAlignment alignment,
                           Colour colour) = 0;
 };

@@ -55,7 +55,7 @@ public:
             return;
         m_drawing.FillArea(m_context, area, fill);
         m_surface->DrawFrame(area, 1, black);
-        m_surface->DrawText(text, area, TextAlignment::Middle, black);
+        m_surface->DrawText(text, area, TextAlignment::CentredBothWays, black);
     }
 
 private:

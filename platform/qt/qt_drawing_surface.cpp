@@ -91,7 +91,7 @@ void QtDrawingSurface::DrawText(std::string_view text, const SurfaceRectangle& a
     const std::int64_t left = alignment == TextAlignment::Right
                                   ? area.right - width
                                   : (std::int64_t{area.left} + area.right - width) >> 1;
-    const std::int64_t top = alignment == TextAlignment::Middle
+    const std::int64_t top = alignment == TextAlignment::CentredBothWays
                                  ? (std::int64_t{area.top} + area.bottom - metrics.height()) >> 1
                                  : area.top;
     const std::int64_t baseline = top + metrics.ascent();

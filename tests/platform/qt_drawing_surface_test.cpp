@@ -161,7 +161,7 @@ TEST(QtDrawingSurface, TakesExtremeCornersForFramesAndText) {
                     surface.DrawFrame({left, top, right, bottom}, 2, pureRed);
                 surface.DrawText("12.3", {left, top, right, top}, TextAlignment::Centre, black);
                 surface.DrawText("12.3", {left, top, right, top}, TextAlignment::Right, black);
-                surface.DrawText("12.3", {left, top, right, right}, TextAlignment::Middle, black);
+                surface.DrawText("12.3", {left, top, right, right}, TextAlignment::CentredBothWays, black);
             }
         }
     }
@@ -192,7 +192,8 @@ TEST(QtDrawingSurface, EndsRightAlignedTextAtTheRightOfTheArea) {
 TEST(QtDrawingSurface, CentresTextBothWays) {
     for (const int height : {20, 91, 92}) {
         Picture picture = GreyPicture(200, 140);
-        QtDrawingSurface(picture).DrawText("+X", {40, 10, 140, 10 + height}, TextAlignment::Middle, black);
+        QtDrawingSurface(picture).DrawText("+X", {40, 10, 140, 10 + height}, TextAlignment::CentredBothWays,
+                                           black);
         const SurfaceRectangle bounds = Bounds(Inked(picture));
         EXPECT_NEAR(bounds.left + bounds.right, 40 + 140, 3);
         // Capitals reach from the baseline upwards; what hangs below it counts for the middle of a line.

@@ -120,8 +120,8 @@ TEST_F(MotorControllerTest, PaintsSixGreyButtonsWithBlackEdgesAndCentredLabels) 
     ASSERT_EQ(texts.size(), 6U);
     for (std::size_t i = 0; i < buttons.size(); ++i) {
         EXPECT_EQ(frames[i], (RecordingSurface::Frame{buttons[i].area, 1, black}));
-        EXPECT_EQ(texts[i],
-                  (RecordingSurface::Text{buttons[i].label, buttons[i].area, TextAlignment::Middle, black}));
+        EXPECT_EQ(texts[i], (RecordingSurface::Text{buttons[i].label, buttons[i].area,
+                                                    TextAlignment::CentredBothWays, black}));
         EXPECT_EQ(ui.drawing.filled.at(i), buttons[i].area);
         EXPECT_EQ(ColourOf(buttons[i]), grey);
     }
@@ -155,7 +155,7 @@ TEST_F(MotorControllerTest, ShowsThePressedButtonAsMovingUntilItIsLetGo) {
         const auto texts = ui.drawing.windowSurface.All<RecordingSurface::Text>();
         ASSERT_EQ(texts.size(), 1U);
         EXPECT_EQ(texts[0],
-                  (RecordingSurface::Text{"moving", buttons[1].area, TextAlignment::Middle, black}));
+                  (RecordingSurface::Text{"moving", buttons[1].area, TextAlignment::CentredBothWays, black}));
         EXPECT_EQ(ui.drawing.contextsHeld, 0) << "what was drawn can be seen";
     };
     Hold(plusX, 1);

@@ -46,7 +46,7 @@ public:
 
     virtual void OpenControlPanel() = 0; // these two: unless it is open
     virtual void OpenPortConfiguration() = 0;
-    virtual void CloseDialogs() = 0; // those two
+    virtual void CloseDialogs() = 0;      // the control panel and the port dialog
     virtual void ConfigureContrast() = 0; // the rest: returns when the dialog is closed
     virtual void ConfigureStage() = 0;
     virtual void ShowAbout() = 0;

@@ -39,9 +39,9 @@ private:
     std::uint64_t m_lastAsked = 0;
 };
 
-class StageFaults : public StageFixture {
+class ControllerFaults : public StageFixture {
 protected:
-    StageFaults() { BeOnline(); }
+    ControllerFaults() { BeOnline(); }
 
     bool Arrived() const { return !Progress().empty() && Progress().back().starts_with("arrived"); }
 
@@ -144,9 +144,9 @@ std::vector<Fault> Faults() {
     return faults;
 }
 
-class StageFault : public StageFaults, public testing::WithParamInterface<Fault> {
+class EachControllerFault : public ControllerFaults, public testing::WithParamInterface<Fault> {
 protected:
-    StageFault() {
+    EachControllerFault() {
         line.TakeAnyWrite(
             [this](const std::string& written) { return GetParam().apply(controller.Answer(written)); });
         if (GetParam().hangUpAt > 0)
@@ -156,14 +156,14 @@ protected:
     ModelController controller{ui.clock};
 };
 
-TEST_P(StageFault, LeavesTheUserInterfaceWithoutAPumpForNoMoreThan200Milliseconds) {
+TEST_P(EachControllerFault, LeavesTheUserInterfaceWithoutAPumpForNoMoreThan200Milliseconds) {
     watchedMotion.MoveXY(100.0, 300.0);
     watchedMotion.MoveAxisTo(axisZ, 50.0);
     watchedMotion.MoveAxisBy(axisX, -80.0);
     EXPECT_LE(messages.longestGap, 200U);
 }
 
-TEST_P(StageFault, EndsTheWaitAndKeepsPositionsThatAreNumbers) {
+TEST_P(EachControllerFault, EndsTheWaitAndKeepsPositionsThatAreNumbers) {
     watchedMotion.MoveAxisTo(axisY, 300.0); // 480 steps
     EXPECT_LT(ui.clock.now, 10'000U);
     for (const double um : stage.position)
@@ -175,10 +175,10 @@ TEST_P(StageFault, EndsTheWaitAndKeepsPositionsThatAreNumbers) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, StageFault, testing::ValuesIn(Faults()),
+INSTANTIATE_TEST_SUITE_P(Faults, EachControllerFault, testing::ValuesIn(Faults()),
                          [](const auto& fault) { return fault.param.name; });
 
-TEST_F(StageFaults, AMegabyteOfJunkIsNoArrivalAndKeepsNobodyWaiting) {
+TEST_F(ControllerFaults, AMegabyteOfJunkIsNoArrivalAndKeepsNobodyWaiting) {
     line.TakeAnyWrite();
     line.Arrive(20, std::string(1U << 20U, '\xA5'));
     watchedMotion.MoveAxisTo(axisY, 300.0);
@@ -187,7 +187,7 @@ TEST_F(StageFaults, AMegabyteOfJunkIsNoArrivalAndKeepsNobodyWaiting) {
     EXPECT_LT(ui.clock.now, 2'500U) << "although most of it is still to be read";
 }
 
-TEST_F(StageFaults, WithoutAnyTheMoveArrives) {
+TEST_F(ControllerFaults, WithoutAnyTheMoveArrives) {
     ModelController controller{ui.clock};
     line.TakeAnyWrite([&](const std::string& written) { return controller.Answer(written); });
     watchedMotion.MoveAxisTo(axisY, 300.0);
@@ -198,7 +198,7 @@ TEST_F(StageFaults, WithoutAnyTheMoveArrives) {
 
 // A read and a query stand between two pumps: where both use up their time, it is 300 ms.
 
-TEST_F(StageFaults, JunkAtTheEndOfAReadAndAnUnansweredQueryTake300Milliseconds) {
+TEST_F(ControllerFaults, JunkAtTheEndOfAReadAndAnUnansweredQueryTake300Milliseconds) {
     line.Arrive(150, "?");
     line.Expect("p");
     line.Expect("p");
@@ -206,14 +206,14 @@ TEST_F(StageFaults, JunkAtTheEndOfAReadAndAnUnansweredQueryTake300Milliseconds) 
     EXPECT_EQ(messages.longestGap, 300U);
 }
 
-TEST_F(StageFaults, ALateArrivalAndAnUnansweredQueryTake300Milliseconds) {
+TEST_F(ControllerFaults, ALateArrivalAndAnUnansweredQueryTake300Milliseconds) {
     line.Arrive(150, "X");
     line.Expect("p");
     watchedMotion.WaitForArrival(axisX, 1000.0, 0);
     EXPECT_EQ(messages.longestGap, 300U);
 }
 
-TEST_F(StageFaults, ALineThatTakesNoBytesCostsTheirTimeForEachText) {
+TEST_F(ControllerFaults, ALineThatTakesNoBytesCostsTheirTimeForEachText) {
     line.TakeAnyWrite();
     line.room = 0;
     watchedMotion.MoveXY(1000.0, 100.0);
@@ -229,7 +229,7 @@ struct FalseArrival {
     std::string sent = {}; // the command before the wait
 };
 
-class StageFalseArrival : public StageFaults, public testing::WithParamInterface<FalseArrival> {};
+class StageFalseArrival : public ControllerFaults, public testing::WithParamInterface<FalseArrival> {};
 
 TEST_P(StageFalseArrival, EndsTheWait) {
     for (const auto& [at, bytes] : GetParam().arrivals)

@@ -80,12 +80,12 @@ Texts Conversation(VirtualLine& line) {
 }
 const Texts sound = {"p20", "p80", "p160", "p240", "p320", "p388", "p418", "X", "420"};
 
-TEST(StageFaults, AreNoneAtFirst) {
+TEST(ReplyFaults, AreNoneAtFirst) {
     VirtualLine line;
     EXPECT_EQ(Conversation(line), sound);
 }
 
-TEST(StageFaults, SilentActsButSaysNothing) {
+TEST(ReplyFaults, SilentActsButSaysNothing) {
     VirtualLine line;
     line.wire.Faults().silent = true;
     EXPECT_EQ(Conversation(line), Texts{});
@@ -95,13 +95,13 @@ TEST(StageFaults, SilentActsButSaysNothing) {
     EXPECT_EQ(line.TextsUntilSilence(), Texts{"420"});
 }
 
-TEST(StageFaults, NoArrivalLeavesOutArrivalsOnly) {
+TEST(ReplyFaults, NoArrivalLeavesOutArrivalsOnly) {
     VirtualLine line;
     line.wire.Faults().noArrival = true;
     EXPECT_EQ(Conversation(line), (Texts{"p20", "p80", "p160", "p240", "p320", "p388", "p418", "420"}));
 }
 
-TEST(StageFaults, OtherAxisChangesTheLetters) {
+TEST(ReplyFaults, OtherAxisChangesTheLetters) {
     VirtualLine line;
     line.wire.Faults().otherAxis = true;
     EXPECT_EQ(Conversation(line), (Texts{"P20", "P80", "P160", "P240", "P320", "P388", "P418", "Y", "420"}));
@@ -111,7 +111,7 @@ TEST(StageFaults, OtherAxisChangesTheLetters) {
     EXPECT_EQ(line.TextsUntilSilence(), (Texts{"p14", "X"}));
 }
 
-TEST(StageFaults, ImpossibleSaysNumbersThatNoStageHas) {
+TEST(ReplyFaults, ImpossibleSaysNumbersThatNoStageHas) {
     VirtualLine line;
     line.wire.Faults().impossible = true;
     const Texts texts = Conversation(line);
@@ -122,7 +122,7 @@ TEST(StageFaults, ImpossibleSaysNumbersThatNoStageHas) {
         << testing::PrintToString(texts);
 }
 
-TEST(StageFaults, GarbledReplacesAboutAQuarterOfTheBytes) {
+TEST(ReplyFaults, GarbledReplacesAboutAQuarterOfTheBytes) {
     VirtualLine line;
     line.wire.Faults().garbled = true;
     std::string expected;
@@ -157,7 +157,7 @@ std::size_t PauseInAnswer(VirtualLine& line) {
     return 0;
 }
 
-TEST(StageFaults, PiecesCutsAReplyAfterSoManyBytes) {
+TEST(ReplyFaults, PiecesCutsAReplyAfterSoManyBytes) {
     VirtualLine line;
     line.axes.Put({1000.0, 0.0, 0.0}, line.now); // "1600"
     EXPECT_EQ(PauseInAnswer(line), 0U);
@@ -168,7 +168,7 @@ TEST(StageFaults, PiecesCutsAReplyAfterSoManyBytes) {
     EXPECT_EQ(PauseInAnswer(line), 0U) << "that is all of it";
 }
 
-TEST(StageFaults, PiecesCutsRepliesAtEveryPlaceInTurn) {
+TEST(ReplyFaults, PiecesCutsRepliesAtEveryPlaceInTurn) {
     VirtualLine line;
     line.axes.Put({1000.0, 0.0, 0.0}, line.now);
     line.wire.Faults().piece = 0;
@@ -178,7 +178,7 @@ TEST(StageFaults, PiecesCutsRepliesAtEveryPlaceInTurn) {
     EXPECT_EQ(places, (std::set<std::size_t>{1, 2, 3, 4}));
 }
 
-TEST(StageFaults, LateDelaysEachReply) {
+TEST(ReplyFaults, LateDelaysEachReply) {
     VirtualLine line;
     line.wire.Faults().lateSeconds = 0.2;
     line.Send({"s1600", "m420"});
@@ -188,7 +188,7 @@ TEST(StageFaults, LateDelaysEachReply) {
     EXPECT_NEAR(line.heard[6].begin, begun + 0.35 + 0.2 + byteTime, rounding);
 }
 
-TEST(StageFaults, JunkIsNulsAndThenAMegabyteFasterThanTheLine) {
+TEST(ReplyFaults, JunkIsNulsAndThenAMegabyteFasterThanTheLine) {
     VirtualLine line;
     const double begun = line.now;
     line.wire.StartJunk(begun);
@@ -203,7 +203,7 @@ TEST(StageFaults, JunkIsNulsAndThenAMegabyteFasterThanTheLine) {
     EXPECT_EQ(line.bytes.substr(1'004'096), std::string("0\0", 2));
 }
 
-TEST(StageFaults, JunkEndsWhenItIsCleared) {
+TEST(ReplyFaults, JunkEndsWhenItIsCleared) {
     VirtualLine line;
     line.wire.StartJunk(line.now);
     line.RunFor(0.1);

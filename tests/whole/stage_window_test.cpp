@@ -1,3 +1,5 @@
+// The operator's windows of the stage without a controller: what mouse and keys do, and what is drawn.
+
 #include "whole/window_driver.h"
 
 #include <gtest/gtest.h>

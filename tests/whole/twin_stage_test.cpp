@@ -1,3 +1,6 @@
+// The stage that tessaro-twin serves, under a client that has nothing of the operator's program: its line,
+// its log, its commands and faults.
+
 #include "support/arv_client.h"
 #include "support/program.h"
 #include "support/running_twin.h"

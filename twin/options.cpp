@@ -17,7 +17,6 @@ constexpr double largestWaferMm = 100.0;
 constexpr double densestPerMm2 = 1000.0;
 constexpr double mostFlakes = 1e6;
 constexpr double steepestTilt = 1.0;
-constexpr double farthestUm = 1e6;
 constexpr double slowestMotion = 0.01;
 constexpr double fastestMotion = 1000.0;
 constexpr std::size_t longestSerialNumber = 15; // bytes, as GigE Vision has it

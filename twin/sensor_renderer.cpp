@@ -13,8 +13,8 @@ namespace {
 
 static_assert(twinSensorWidth == 2 * frameWidth && twinSensorHeight == 2 * frameHeight);
 
-constexpr double holderLight = 0.12; // what the wafer lies on, beside it
-constexpr double farthestUm = 1e7;   // nothing but the holder is there
+constexpr double holderLight = 0.12;    // what the wafer lies on, beside it
+constexpr double nothingBeyondUm = 1e7; // but the holder
 
 // The sensor at a gain of 0 dB.
 constexpr double electronsPerLevel = 80.0;
@@ -39,7 +39,9 @@ double Within(double value, double low, double high, double instead) {
 }
 
 StagePosition Reachable(const StagePosition& position) {
-    const auto reachable = [](double um) { return Within(um, -farthestUm, farthestUm, farthestUm); };
+    const auto reachable = [](double um) {
+        return Within(um, -nothingBeyondUm, nothingBeyondUm, nothingBeyondUm);
+    };
     return {reachable(position.x), reachable(position.y), reachable(position.z)};
 }
 

@@ -9,8 +9,6 @@ namespace tessaro {
 
 namespace {
 
-constexpr double farthestUm = 1e6; // of where the stage may be sent
-
 ControlCommand ParseMove(std::string_view value) {
     std::array<double, 3> position = {};
     if (!ReadNumbers(value, -farthestUm, farthestUm, position))

@@ -265,6 +265,25 @@ TEST_F(StageLineTest, TheStageGoesOnWhileTheLineIsUnplugged) {
     EXPECT_TRUE(Answers(next, "p", "100"));
 }
 
+TEST_F(StageLineTest, DoesNotKeepWhatWaitsOnceRepliesAreLateNoMore) {
+    Serve();
+    const StageHost host(Link());
+    m_wire.Faults().lateSeconds = 60.0;
+    ASSERT_TRUE(host.Send("p") && host.Send("P") && host.Send("Q"));
+    ASSERT_TRUE(RunUntil([&] { return m_log.size() == 3; }));
+    const double cleared = StageSeconds();
+    m_wire.Faults().lateSeconds = 0.0;
+    m_line->Serve();
+    std::vector<double> times;
+    std::string heard;
+    for (const std::size_t bytes : {2U, 4U, 6U}) {
+        ASSERT_TRUE(RunUntil([&] { return (heard += host.Read()).size() >= bytes; })) << bytes;
+        times.push_back(StageSeconds());
+    }
+    EXPECT_GE(times[2] - times[0], 2 * StageWire::gapSeconds - 0.005) << "each by itself";
+    EXPECT_LT(times[2] - cleared, 30.0);
+}
+
 TEST_F(StageLineTest, StandsAHostThatDoesNotReadTheJunkItGets) {
     Serve();
     const StageHost host(Link());

@@ -188,6 +188,37 @@ TEST(ReplyFaults, LateDelaysEachReply) {
     EXPECT_NEAR(line.heard[6].begin, begun + 0.35 + 0.2 + byteTime, rounding);
 }
 
+TEST(ReplyFaults, WhatWaitsGoesOutOneByOneOnceRepliesAreLateNoMore) {
+    VirtualLine line;
+    line.wire.Faults().lateSeconds = 60.0;
+    line.Send({"s1600", "m420"});
+    line.RunFor(1.0);
+    EXPECT_EQ(line.bytes, "");
+    line.wire.Faults().lateSeconds = 0.0;
+    const double cleared = line.now;
+    line.Send({"p"});
+    EXPECT_EQ(line.TextsUntilSilence(), (Texts{"p80", "p160", "p240", "p320", "p388", "p418", "X", "420"}))
+        << "the first one came while it was asked";
+    EXPECT_EQ(line.bytes.substr(0, 4), std::string("p20\0", 4));
+    EXPECT_NEAR(line.byteTimes[3], cleared, rounding);
+    EXPECT_GE(line.heard[0].begin, cleared + 0.015);
+    for (std::size_t i = 1; i < line.heard.size(); ++i)
+        EXPECT_NEAR(line.heard[i].begin - line.heard[i - 1].end, 0.015 + byteTime, rounding) << i;
+}
+
+TEST(ReplyFaults, LessLateRepliesKeepTheirDistanceToThoseThatWaited) {
+    VirtualLine line;
+    line.wire.Faults().lateSeconds = 60.0;
+    line.Send({"s1600", "m420"});
+    line.RunFor(1.0);
+    line.wire.Faults().lateSeconds = 0.1;
+    line.Send({"p"});
+    line.RunFor(1.0);
+    ASSERT_EQ(line.heard.size(), sound.size());
+    for (std::size_t i = 1; i < line.heard.size(); ++i)
+        EXPECT_GE(line.heard[i].begin - line.heard[i - 1].end, 0.015) << i;
+}
+
 TEST(ReplyFaults, JunkIsNulsAndThenAMegabyteFasterThanTheLine) {
     VirtualLine line;
     const double begun = line.now;

@@ -52,21 +52,27 @@ private:
         char byte;
     };
 
-    struct TimedBytes {
-        double time;
+    /// A reply, or a piece of one, on its way to the host.
+    struct Sent {
+        double time; // at which it has gone over the line; whatever is late comes later
         std::string bytes;
+        double silence; // after it
     };
 
     void Deliver(double now);
-    std::string DueBytes(double now);
+    double DueTime(const Sent& sent) const;
+    double HandOverTime(const Sent& sent) const;
+    std::string HandOver(double now);
+    double SayTime() const;
     void Transmit(const LineReply& reply, double now);
     std::string JunkUntil(double now);
 
     StageController& m_controller;
     ReplyFaults m_faults;
     std::deque<TimedByte> m_coming; // to the controller
-    std::deque<TimedBytes> m_going; // to the host
+    std::deque<Sent> m_going;       // to the host
     double m_lineFree = 0.0;        // for the next reply
+    double m_silenceEnd = 0.0;      // after what the host got last
     double m_junkStart = 0.0;
     std::size_t m_junkSent = junkBytes;
     ReproducibleRandom m_junk{1};

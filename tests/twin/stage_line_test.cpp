@@ -214,6 +214,54 @@ TEST_F(StageLineTest, TheNextClientFindsItRawWhateverTheOneBeforeDid) {
     EXPECT_TRUE(Answers(next, "p", "0"));
 }
 
+TEST_F(StageLineTest, TheNextClientDoesNotEndACommandThatTheOneBeforeBegan) {
+    Serve();
+    {
+        const StageHost host(Link());
+        ASSERT_TRUE(host.Send("m9"));
+        ASSERT_EQ(write(host.File(), "m9", 2), 2);
+    }
+    ASSERT_TRUE(Eventually(IsIdle));
+    const StageHost next(Link());
+    ASSERT_TRUE(next.Send("60"));
+    ASSERT_TRUE(RunUntil([&] { return m_log == std::vector<std::string>{"m9", "60"}; }));
+    EXPECT_TRUE(Answers(next, "p", "9"));
+}
+
+TEST_F(StageLineTest, TheNextClientsCommandsDoNotFollowAnEcho) {
+    Serve();
+    {
+        const StageHost host(Link());
+        termios settings = {};
+        ASSERT_EQ(tcgetattr(host.File(), &settings), 0);
+        settings.c_lflag |= ECHO | ECHOCTL | ICANON; // the echo of "0" and its NUL is "0^@"
+        ASSERT_EQ(tcsetattr(host.File(), TCSANOW, &settings), 0);
+        ASSERT_TRUE(host.Send("Q"));
+        ASSERT_TRUE(RunUntil([&] { return m_log.size() == 1; }));
+        ASSERT_TRUE(RunUntil([&] { return m_wire.Room() == 0; })) << "the echo comes";
+    }
+    ASSERT_TRUE(Eventually(IsIdle));
+    const StageHost next(Link());
+    EXPECT_TRUE(Answers(next, "P", "0"));
+    EXPECT_EQ(m_log, (std::vector<std::string>{"Q", "P"}));
+}
+
+TEST_F(StageLineTest, TheNextClientGetsNoAnswersToTheOneBefore) {
+    Serve();
+    {
+        const StageHost host(Link());
+        for (int i = 0; i < 500; ++i)
+            ASSERT_TRUE(host.Send("p"));
+        ASSERT_TRUE(RunUntil([&] { return m_log.size() > 10; }));
+    }
+    ASSERT_TRUE(RunUntil([&] { return m_log.size() == 500; })) << "all came";
+    const StageHost next(Link());
+    ASSERT_TRUE(next.Send("m0"));
+    std::string heard;
+    ASSERT_TRUE(RunUntil([&] { return (heard += next.Read()).ends_with('\0'); }));
+    EXPECT_EQ(heard, std::string("X\0", 2));
+}
+
 TEST_F(StageLineTest, CanBeOpenedAgainWhenAClientDiedThatHadItForItselfAlone) {
     Serve();
     {

@@ -69,6 +69,20 @@ TEST(StageWire, KeepsRepliesApartAlsoWhenNobodyCalledInTime) {
     EXPECT_GE(line.heard[0].begin, late + 0.015);
 }
 
+TEST(StageWire, ForgetsWhatAHostBeganAndAskedThatIsGone) {
+    VirtualLine line;
+    line.wire.Faults().lateSeconds = 60.0;
+    line.Send({"p", "P", "Q"});
+    line.RunFor(0.5);
+    line.wire.Receive(std::string_view("p\0P\0m1", 6), line.now);
+    line.wire.EndWith(std::string_view("6\0m9", 4), line.now);
+    EXPECT_TRUE(line.axes.MovesAt(0, line.now)) << "the commands that were whole have acted";
+    line.Send({"60"});
+    line.wire.Faults().lateSeconds = 0.0;
+    EXPECT_EQ(line.TextsUntilSilence(), (Texts{"p14", "X"}));
+    EXPECT_EQ(line.log, (Texts{"p", "P", "Q", "p", "P", "m16", "60"}));
+}
+
 /// A move with its progress and arrival, and an answer.
 Texts Conversation(VirtualLine& line) {
     line.Send({"s1600", "m420"});

@@ -75,6 +75,14 @@ std::string PseudoTerminal::Read(std::size_t most) const {
     return bytes;
 }
 
+std::string PseudoTerminal::ReadAll() const {
+    constexpr std::size_t atATime = 4096;
+    std::string all;
+    for (std::string bytes = Read(atATime); !bytes.empty(); bytes = Read(atATime))
+        all += bytes;
+    return all;
+}
+
 void PseudoTerminal::Write(std::string_view bytes) const {
     while (!bytes.empty() && IsOpened()) {
         const ssize_t count = write(m_master, bytes.data(), bytes.size());

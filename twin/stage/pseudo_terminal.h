@@ -28,6 +28,9 @@ public:
     /// What was written at the other end, up to so many bytes.
     std::string Read(std::size_t most) const;
 
+    /// All that is there.
+    std::string ReadAll() const;
+
     /// What nobody is there to fetch, or does not fetch in time, is lost.
     void Write(std::string_view bytes) const;
 

@@ -26,6 +26,8 @@ public:
     /// NUL. "z" begins anew, whatever was begun before. Of longer ones than there are, the beginning.
     std::optional<std::string> Take(char byte);
 
+    void ForgetBegun() { m_begun.clear(); }
+
     static constexpr std::size_t longestText = 24;
 
 private:

@@ -56,6 +56,11 @@ void StageController::Move(std::size_t axis, std::int64_t step, double now) {
     state.owedSince = reaches ? std::optional(now) : std::nullopt;
 }
 
+void StageController::ForgetHost() {
+    m_reader.ForgetBegun();
+    m_asked.clear();
+}
+
 void StageController::ForgetMoves() {
     for (Axis& state : m_state)
         state.owedSince.reset();

@@ -38,6 +38,9 @@ public:
     /// When it will have something to say if nothing comes meanwhile; infinity: never.
     double NextSayTime() const;
 
+    /// Nobody is there any more who began a command, or waits for an answer.
+    void ForgetHost();
+
     /// The stage was put somewhere by hand: no move goes on, and none is reported.
     void ForgetMoves();
 

@@ -92,11 +92,13 @@ void StageLine::ServeTerminal() {
         MakeReadyForNextClient();
 }
 
+/// Made raw before its last bytes are read: from then on nothing is echoed.
 void StageLine::MakeReadyForNextClient() {
-    if (m_terminal->Renew()) {
-        m_terminal->TakeEvent(); // our own
+    const bool renewed = m_terminal->Renew();
+    m_terminal->TakeEvent(); // our own
+    m_wire.EndWith(m_terminal->ReadAll(), StageSeconds());
+    if (renewed || m_terminal->IsOpened()) // the next client may be there already
         return;
-    }
     Unplug();
     try {
         PlugIn();

@@ -27,6 +27,15 @@ void StageWire::Receive(std::string_view bytes, double now) {
         m_coming.push_back({time += byteSeconds, byte});
 }
 
+void StageWire::EndWith(std::string_view lastBytes, double now) {
+    Receive(lastBytes, now);
+    for (const TimedByte& byte : m_coming)
+        m_controller.Receive(byte.byte, now);
+    m_coming.clear();
+    m_going.clear();
+    m_controller.ForgetHost();
+}
+
 /// A machine that is too busy to call in time must not make replies run together.
 std::string StageWire::Run(double now) {
     Deliver(now);

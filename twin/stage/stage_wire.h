@@ -30,6 +30,10 @@ public:
 
     void Receive(std::string_view bytes, double now);
 
+    /// The host is gone, after it wrote these bytes too: its commands act at once, and nothing is left to be
+    /// said to the next one.
+    void EndWith(std::string_view lastBytes, double now);
+
     /// What has come out at the host's end meanwhile.
     std::string Run(double now);
 

@@ -9,8 +9,10 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -54,6 +56,51 @@ int ErrorOfOpening(const QSerialPort& port, int systemError) {
     }
 }
 
+/// A device that is held open beside its port.
+class HeldDevice {
+public:
+    explicit HeldDevice(const char* path)
+        : m_descriptor(open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {}
+    ~HeldDevice() {
+        if (m_descriptor != -1)
+            close(m_descriptor);
+    }
+    HeldDevice(const HeldDevice&) = delete;
+    HeldDevice& operator=(const HeldDevice&) = delete;
+
+    std::optional<termios2> State() const {
+        return m_descriptor == -1 ? std::nullopt : StateOfDriver(m_descriptor);
+    }
+
+private:
+    int m_descriptor;
+};
+
+/// Of a port that is not open yet: what it will set its device to as it opens it.
+void Prepare(QSerialPort& port, const SerialSettings& settings) {
+    if (!AreKnown(settings))
+        return;
+    port.setBaudRate(settings.baudRate);
+    port.setDataBits(static_cast<QSerialPort::DataBits>(settings.byteSize));
+    port.setParity(parities.at(static_cast<std::size_t>(settings.parity)));
+    port.setStopBits(settings.stopBits == 0 ? QSerialPort::OneStop : QSerialPort::TwoStop);
+}
+
+/// The port sets its device to more than it was told as it opens it, so the driver gets its own state back.
+/// The device is held open meanwhile, or its control lines would drop once more.
+int OpenKeepingSettings(QSerialPort& port, const std::string& device) {
+    const HeldDevice held(device.c_str());
+    const std::optional<termios2> state = held.State();
+    if (!state.has_value())
+        return errno;
+    port.setPortName(QString::fromStdString(device));
+    Prepare(port, SettingsOf(*state));
+    errno = 0;
+    if (!port.open(QIODevice::ReadWrite))
+        return ErrorOfOpening(port, errno);
+    return RestoreForRawTransfer(static_cast<int>(port.handle()), *state) ? 0 : errno;
+}
+
 /// Opens the device that a path leads to, so that all its names share one lock.
 int OpenPort(QSerialPort& port, const std::string& path) {
     if (const int reason = ReasonAgainst(path.c_str()); reason != 0)
@@ -62,10 +109,8 @@ int OpenPort(QSerialPort& port, const std::string& path) {
     const std::filesystem::path device = std::filesystem::canonical(path, unresolved);
     if (unresolved)
         return unresolved.value();
-    port.setPortName(QString::fromStdString(device.string()));
-    errno = 0;
-    if (!port.open(QIODevice::ReadWrite))
-        return ErrorOfOpening(port, errno);
+    if (const int error = OpenKeepingSettings(port, device.string()); error != 0)
+        return error;
     // Nothing is to be read behind our back, and a line that hung up is not to keep the event loop turning.
     for (QSocketNotifier* notifier : port.findChildren<QSocketNotifier*>())
         notifier->setEnabled(false);
@@ -73,11 +118,25 @@ int OpenPort(QSerialPort& port, const std::string& path) {
     return 0;
 }
 
-bool Apply(QSerialPort& port, const SerialSettings& settings) {
-    return port.setBaudRate(settings.baudRate) &&
-           port.setDataBits(static_cast<QSerialPort::DataBits>(settings.byteSize)) &&
-           port.setParity(parities.at(static_cast<std::size_t>(settings.parity))) &&
-           port.setStopBits(settings.stopBits == 0 ? QSerialPort::OneStop : QSerialPort::TwoStop);
+/// A driver takes the speed of its clock that comes nearest; the rest it takes as it is told, or leaves.
+bool AreInForce(int device, const SerialSettings& wanted) {
+    constexpr std::int32_t toleratedPart = 33; // 3 %, which the other side still reads
+    const std::optional<termios2> state = StateOfDriver(device);
+    if (!state.has_value())
+        return false;
+    SerialSettings inForce = SettingsOf(*state);
+    if (std::abs(std::int64_t{inForce.baudRate} - wanted.baudRate) <= wanted.baudRate / toleratedPart)
+        inForce.baudRate = wanted.baudRate;
+    return inForce == wanted;
+}
+
+/// 0, or the number of what went wrong.
+int Apply(QSerialPort& port, const SerialSettings& settings) {
+    errno = 0;
+    const int device = static_cast<int>(port.handle());
+    if (!port.setBaudRate(settings.baudRate) || !SetFrame(device, settings))
+        return errno != 0 ? errno : EINVAL;
+    return AreInForce(device, settings) ? 0 : EINVAL; // a driver leaves out in silence what it cannot do
 }
 
 } // namespace
@@ -128,7 +187,11 @@ bool QtSerialPorts::GetSettings(SerialHandle line, SerialSettings& settings) {
     const Line* found = Find(line);
     if (found == nullptr)
         return false;
-    return SettingsOfDriver(found->Device(), settings) || Fail(errno);
+    const std::optional<termios2> state = StateOfDriver(found->Device());
+    if (!state.has_value())
+        return Fail(errno);
+    settings = SettingsOf(*state);
+    return true;
 }
 
 bool QtSerialPorts::SetSettings(SerialHandle line, const SerialSettings& settings) {
@@ -138,8 +201,8 @@ bool QtSerialPorts::SetSettings(SerialHandle line, const SerialSettings& setting
         return false;
     if (!AreKnown(settings))
         return Fail(EINVAL);
-    errno = 0;
-    return Apply(found->port, settings) || Fail(errno != 0 ? errno : EINVAL);
+    const int error = Apply(found->port, settings);
+    return error == 0 || Fail(error);
 }
 
 bool QtSerialPorts::SetTimeouts(SerialHandle line, const SerialTimeouts& timeouts) {

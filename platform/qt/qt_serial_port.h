@@ -8,10 +8,11 @@
 
 namespace tessaro {
 
-/// The serial lines of a Linux machine by Qt SerialPort. It opens them raw and without waiting for a carrier,
-/// keeps other programs from them by a lock file and by the driver, and never makes one the controlling
-/// terminal. Bytes that nobody reads wait in the driver. Errors are numbers of <cerrno>; EBADF is a handle
-/// whose line is not open. Why a line cannot be opened is also told on standard error.
+/// The serial lines of a Linux machine by Qt SerialPort. It opens them raw and without waiting for a carrier
+/// but otherwise as the driver has them, keeps other programs from them by a lock file and by the driver, and
+/// never makes one the controlling terminal. Bytes that nobody reads wait in the driver. Errors are numbers
+/// of <cerrno>; EBADF is a handle whose line is not open. Why a line cannot be opened is also told on
+/// standard error.
 class QtSerialPorts : public SerialPorts {
 public:
     /// A path that is given stands for every number.

@@ -1,6 +1,6 @@
 #include "platform/qt/serial_driver.h"
 
-#include <asm/termbits.h> // has the speed as a number, and cannot be had beside <termios.h>
+#include <array>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -34,17 +34,50 @@ std::int32_t ParityOf(tcflag_t flags) {
     return odd ? 1 : 2;
 }
 
+tcflag_t DataBitFlags(std::int32_t byteSize) {
+    constexpr std::array<tcflag_t, 4> flags = {CS5, CS6, CS7, CS8};
+    return flags.at(static_cast<std::size_t>(byteSize - 5));
+}
+
+tcflag_t ParityFlags(std::int32_t parity) {
+    constexpr std::array<tcflag_t, 5> flags = {0, PARENB | PARODD, PARENB, PARENB | PARODD | CMSPAR,
+                                               PARENB | CMSPAR};
+    return flags.at(static_cast<std::size_t>(parity));
+}
+
 } // namespace
 
-bool SettingsOfDriver(int device, SerialSettings& settings) {
-    termios2 driver = {};
-    if (ioctl(device, TCGETS2, &driver) == -1)
+std::optional<termios2> StateOfDriver(int device) {
+    termios2 state = {};
+    return ioctl(device, TCGETS2, &state) == -1 ? std::nullopt : std::optional(state);
+}
+
+SerialSettings SettingsOf(const termios2& state) {
+    return {static_cast<std::int32_t>(state.c_ospeed), DataBitsOf(state.c_cflag), ParityOf(state.c_cflag),
+            (state.c_cflag & CSTOPB) != 0 ? 2 : 0};
+}
+
+bool RestoreForRawTransfer(int device, termios2 state) {
+    constexpr tcflag_t changesOfInput =
+        IGNBRK | BRKINT | PARMRK | ISTRIP | INLCR | IGNCR | ICRNL | IUCLC | IXON;
+    constexpr tcflag_t terminalOfAnOperator = ECHO | ECHONL | ICANON | ISIG | IEXTEN;
+    state.c_iflag &= ~changesOfInput;
+    state.c_oflag &= ~static_cast<tcflag_t>(OPOST);
+    state.c_lflag &= ~terminalOfAnOperator;
+    state.c_cflag |= CREAD | CLOCAL;
+    state.c_cc[VMIN] = 0;
+    state.c_cc[VTIME] = 0;
+    return ioctl(device, TCSETS2, &state) != -1;
+}
+
+bool SetFrame(int device, const SerialSettings& settings) {
+    auto state = StateOfDriver(device);
+    if (!state.has_value())
         return false;
-    settings.baudRate = static_cast<std::int32_t>(driver.c_ospeed);
-    settings.byteSize = DataBitsOf(driver.c_cflag);
-    settings.parity = ParityOf(driver.c_cflag);
-    settings.stopBits = (driver.c_cflag & CSTOPB) != 0 ? 2 : 0;
-    return true;
+    state->c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB | PARODD | CMSPAR | CSTOPB);
+    state->c_cflag |= DataBitFlags(settings.byteSize) | ParityFlags(settings.parity);
+    state->c_cflag |= settings.stopBits == 0 ? 0U : CSTOPB;
+    return ioctl(device, TCSETS2, &*state) != -1;
 }
 
 void ShareIfPseudoTerminal(int device) {

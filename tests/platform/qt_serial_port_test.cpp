@@ -63,6 +63,24 @@ protected:
         return {bytes.begin(), bytes.begin() + count};
     }
 
+    termios Driver() const {
+        termios driver = {};
+        EXPECT_EQ(tcgetattr(terminal.Descriptor(), &driver), 0);
+        return driver;
+    }
+
+    /// 1200 7O2 and a handshake, as far as a pseudo-terminal takes it; what it has made of that.
+    termios SetAsAnotherProgram() const {
+        termios driver = Driver();
+        EXPECT_EQ(cfsetspeed(&driver, B1200), 0);
+        driver.c_cflag = (driver.c_cflag & ~static_cast<tcflag_t>(CSIZE)) | CS7 | PARENB | PARODD | CSTOPB;
+        driver.c_cflag |= CRTSCTS | CLOCAL;
+        driver.c_iflag |= IXOFF;
+        driver.c_cc[VSTART] = 0x31;
+        EXPECT_EQ(tcsetattr(terminal.Descriptor(), TCSANOW, &driver), 0);
+        return Driver();
+    }
+
     /// What opening says on standard error.
     std::string Complaint(const std::string& path) {
         testing::internal::CaptureStderr();
@@ -178,6 +196,52 @@ TEST_F(QtSerialPortsTest, TellWhatIsInForceAtTheDriver) {
     SerialSettings settings;
     EXPECT_TRUE(ports.GetSettings(line, settings));
     EXPECT_EQ(settings, (SerialSettings{4800, 8, 0, 2}));
+}
+
+TEST_F(QtSerialPortsTest, OpenALineAsTheDriverHasIt) {
+    const termios before = SetAsAnotherProgram();
+    const SerialHandle line = Opened();
+    SerialSettings settings;
+    ASSERT_TRUE(ports.GetSettings(line, settings));
+    EXPECT_EQ(settings, (SerialSettings{1200, 8, 0, 2})) << "no pseudo-terminal has 7 bits, or parity";
+    const termios after = Driver();
+    EXPECT_EQ(after.c_cflag, before.c_cflag);
+    EXPECT_EQ(after.c_iflag & (IXOFF | IGNPAR | INPCK), static_cast<tcflag_t>(IXOFF));
+    EXPECT_EQ(after.c_cc[VSTART], 0x31);
+}
+
+TEST_F(QtSerialPortsTest, KeepTheHandshakeOfALineThatIsSet) {
+    const termios before = SetAsAnotherProgram();
+    const SerialHandle line = Opened();
+    ASSERT_TRUE(ports.SetSettings(line, {9600, 8, 0, 0}));
+    const termios after = Driver();
+    EXPECT_EQ(after.c_cflag & CRTSCTS, CRTSCTS);
+    EXPECT_EQ(cfgetospeed(&after), static_cast<speed_t>(B9600));
+    EXPECT_EQ(after.c_cflag & CSTOPB, 0u);
+    ports.Close(line);
+    EXPECT_EQ(Driver().c_cflag, before.c_cflag) << "as it was found";
+}
+
+TEST_F(QtSerialPortsTest, LetNothingOfATerminalBetweenTheBytes) {
+    termios before = Driver();
+    before.c_lflag |= ECHO | ICANON | ISIG;
+    before.c_iflag |= ICRNL | IXON;
+    before.c_oflag |= OPOST;
+    ASSERT_EQ(tcsetattr(terminal.Descriptor(), TCSANOW, &before), 0);
+    Opened();
+    const termios after = Driver();
+    EXPECT_EQ(after.c_lflag & (ECHO | ICANON | ISIG), 0u);
+    EXPECT_EQ(after.c_iflag & (ICRNL | IXON), 0u);
+    EXPECT_EQ(after.c_oflag & OPOST, 0u);
+}
+
+TEST_F(QtSerialPortsTest, FailToSetWhatTheDriverDoesNotTake) {
+    const SerialHandle line = Opened();
+    ASSERT_TRUE(ports.SetSettings(line, {9600, 8, 0, 0}));
+    for (const SerialSettings refused : {SerialSettings{9600, 7, 0, 0}, SerialSettings{9600, 8, 1, 0}}) {
+        EXPECT_FALSE(ports.SetSettings(line, refused)) << "a pseudo-terminal has neither";
+        EXPECT_EQ(ports.LastError(), EINVAL);
+    }
 }
 
 TEST_F(QtSerialPortsTest, ChangeTheFourSettingsOnly) {

@@ -35,6 +35,13 @@ public:
     void MoveXYTogether(double x, double y, std::int32_t speed);
 
 private:
+    struct SharedMove;
+
+    SharedMove SharedMoveTo(double x, double y, std::int32_t speed) const;
+    void StartTogether(const SharedMove& move);
+    void WaitTogether(const SharedMove& move);
+    double AskDistance(const SharedMove& move);
+
     StageLink& m_link;
     MessagePump& m_pump;
     StatusLines& m_status;

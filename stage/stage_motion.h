@@ -25,8 +25,9 @@ public:
     void MoveXY(double x, double y);
 
     /// Until the controller says that an axis has arrived, whichever; reports the very target; or answers
-    /// twice that the axis rests within 2 um of it. Gives up after 2 s without progress, however far the way
-    /// is: the estimate is not looked at.
+    /// that the axis rests: within 2 um of the target, its distance from it less than 1 um from the distance
+    /// of the answer before. The first answer is compared with a distance of 0. Gives up after 2 s without
+    /// progress, however far the way is: the estimate is not looked at.
     void WaitForArrival(int axis, double target, std::uint32_t estimatedMs);
 
     /// Both axes at speeds with which they arrive together, the longer way at `speed` um/s, 0 to 800. A click

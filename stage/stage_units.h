@@ -6,9 +6,10 @@
 
 namespace tessaro {
 
-/// Micrometres to motor steps, and um/s to steps/s: toward zero, 1 um = 1.6 steps. A target that is short of
-/// a whole step by the last bit alone may be rounded up to it, as by no other expression. What no controller
-/// can be told is the nearest that it can.
+/// Micrometres to motor steps, and um/s to steps/s: 1 um = 1.6 steps, toward zero. It is meant to be these
+/// two multiplications in this order, whose rounding decides just below a whole step: 1.8749999999999998 um
+/// are 3 steps, and would be 2 if it were divided by 0.625. What no controller can be told is the nearest
+/// that it can.
 inline std::int32_t StepsOf(double um) {
     return TruncatedToInt32(um * 0.2 * 8.0);
 }

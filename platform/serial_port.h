@@ -8,7 +8,7 @@ namespace tessaro {
 
 /// A serial line that is open, or was. A handle is never used again after its line is closed.
 enum class SerialHandle : std::int64_t {
-    None = 0,    // nobody has tried to open a line
+    None = 0,    // nobody has tried to open a line, or it was closed
     Invalid = -1 // opening it has failed
 };
 

@@ -28,8 +28,6 @@ constexpr std::int32_t oneStopBit = 0;
 constexpr SerialTimeouts timeouts = {10, 10, 50, 10, 50}; // reads and writes: 10 ms a byte and 50 ms
 constexpr std::uint32_t settleMs = 100;                   // before the controller is spoken to
 
-constexpr std::int32_t invalidHandleError = 6; // what a write to a port that was never opened reports
-
 std::size_t Index(int axis) {
     return static_cast<std::size_t>(axis);
 }
@@ -56,35 +54,35 @@ int StageLink::Open(WindowHandle owner) {
 
 /// Where no line is wanted, being offline is nothing to warn of.
 bool StageLink::OpenLine(WindowHandle owner) {
-    const std::string name = machine.serial->PortName(portNumber);
-    hComm = name.empty() ? SerialHandle::Invalid : machine.serial->Open(name);
+    const std::string pcCommPort = machine.serial->PortName(portNumber);
+    hComm = pcCommPort.empty() ? SerialHandle::Invalid : machine.serial->Open(pcCommPort);
     offline = hComm == SerialHandle::Invalid ? 1 : 0;
-    if (offline == 1 && !name.empty())
+    if (offline == 1 && !pcCommPort.empty())
         machine.boxes->ShowWarning(owner, "Error in  opening serial port", "Warning");
     return offline == 0;
 }
 
 int StageLink::SetUpLine() {
     SerialPorts& serial = *machine.serial;
-    SerialSettings settings;
-    lastResult = serial.GetSettings(hComm, settings) ? 1 : 0;
+    SerialSettings dcb;
+    lastResult = serial.GetSettings(hComm, dcb) ? 1 : 0;
     if (lastResult == 0) {
         std::printf("fail in GetCommState\n");
         return stage_open::noSettings;
     }
-    PrintCommSettings(settings);
-    settings = {baudRate, dataBits, noParity, oneStopBit};
-    if (!serial.SetSettings(hComm, settings))
+    PrintCommSettings(dcb);
+    dcb = {baudRate, dataBits, noParity, oneStopBit};
+    if (!serial.SetSettings(hComm, dcb))
         return stage_open::failed;
-    lastResult = serial.GetSettings(hComm, settings) ? 1 : 0;
+    lastResult = serial.GetSettings(hComm, dcb) ? 1 : 0;
     if (lastResult == 0)
         return stage_open::failed;
-    if (!serial.SetTimeouts(hComm, timeouts)) {
+    SerialTimeouts CommTimeOuts = timeouts;
+    if (!serial.SetTimeouts(hComm, CommTimeOuts)) {
         std::printf("Error to Setting Time outs\n");
         return stage_open::failed;
     }
-    SerialTimeouts inForce;
-    if (!serial.GetTimeouts(hComm, inForce))
+    if (!serial.GetTimeouts(hComm, CommTimeOuts))
         std::printf("Error in Get Comm Timeout\n");
     return stage_open::ready;
 }
@@ -106,6 +104,7 @@ int StageLink::Close() {
     offline = 1;
     if (IsLine(hComm))
         machine.serial->Close(hComm);
+    hComm = SerialHandle::None;
     return 0;
 }
 
@@ -115,8 +114,7 @@ int StageLink::WriteText(std::string_view text) {
     const std::string line(text); // with the terminator that goes over the line
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(line.c_str());
     bytesTransferred = 0;
-    const bool sent =
-        machine.serial != nullptr && machine.serial->Write(hComm, {bytes, line.size() + 1}, bytesTransferred);
+    const bool sent = machine.serial->Write(hComm, {bytes, line.size() + 1}, bytesTransferred);
     lastResult = sent ? 1 : 0;
     if (sent) {
         std::printf("\"%s\" was sent.\n", line.c_str());
@@ -124,7 +122,7 @@ int StageLink::WriteText(std::string_view text) {
     }
     offline = 1;
     std::snprintf(commandText.data(), commandText.size(), "Error for %s: %d", line.c_str(),
-                  machine.serial != nullptr ? machine.serial->LastError() : invalidHandleError);
+                  machine.serial->LastError());
     return 0;
 }
 
@@ -137,7 +135,7 @@ void StageLink::SendCommand(std::string_view text) {
 bool StageLink::ReadReply(std::uint32_t& count) {
     count = 0;
     auto* bytes = reinterpret_cast<std::uint8_t*>(ioBuffer.data());
-    return machine.serial != nullptr && machine.serial->Read(hComm, {bytes, stageReadSize}, count);
+    return machine.serial->Read(hComm, {bytes, stageReadSize}, count);
 }
 
 double StageLink::QueryPosition(int axis) {
@@ -150,11 +148,11 @@ double StageLink::QueryPosition(int axis) {
     lastResult = ReadReply(bytesTransferred) ? 1 : 0;
     if (lastResult == 0)
         return 0.0;
-    const auto steps = ReceivedSteps(0);
-    if (!steps.has_value())
+    const auto temp = ReceivedSteps(0);
+    if (!temp.has_value())
         return StoredPosition(axis);
-    SetStoredPosition(axis, MicrometresOf(*steps));
-    return MicrometresOf(*steps);
+    SetStoredPosition(axis, MicrometresOf(*temp));
+    return MicrometresOf(*temp);
 }
 
 std::optional<std::int32_t> StageLink::ReceivedSteps(std::size_t first) const {

@@ -24,7 +24,7 @@ constexpr bool IsAxis(int axis) {
     return axis >= axisX && axis <= axisZ;
 }
 
-/// What the link needs of the machine.
+/// What the link needs of the machine: all of it, before anything is sent or opened.
 struct StageMachine {
     SerialPorts* serial = nullptr;
     MessageBoxes* boxes = nullptr;
@@ -58,7 +58,8 @@ struct StageLink {
     /// cannot be opened is told in a message box and leaves the link offline. The only way back online.
     int Open(WindowHandle owner);
 
-    /// Offline from now on; returns 0.
+    /// Lets the line go; offline from then on. Nothing where opening has failed or the link is offline
+    /// already. Returns 0.
     int Close();
 
     /// Sends the text with its terminator; 1 = sent. A line that does not take it is offline from then on,

@@ -138,6 +138,7 @@ TEST_F(StageOpening, OpensNothingAndWarnsOfNothingWhereNoLineIsWanted) {
 }
 
 struct FailingStep {
+    const char* name;
     const char* call;
     int occurrence;
     int result;
@@ -166,11 +167,13 @@ constexpr const char* settingsLine = "\nBaudRate = 1200, ByteSize = 7, Parity = 
 constexpr const char* noTimeouts = "\nBaudRate = 1200, ByteSize = 7, Parity = 1, StopBits = 2\n"
                                    "Error to Setting Time outs\n";
 
-INSTANTIATE_TEST_SUITE_P(Steps, StageOpeningFault,
-                         testing::Values(FailingStep{"GetSettings", 1, 2, "fail in GetCommState\n", 1, 0},
-                                         FailingStep{"SetSettings", 1, 0, settingsLine, 2, 1},
-                                         FailingStep{"GetSettings", 2, 0, settingsLine, 3, 0},
-                                         FailingStep{"SetTimeouts", 1, 0, noTimeouts, 4, 1}));
+INSTANTIATE_TEST_SUITE_P(
+    Steps, StageOpeningFault,
+    testing::Values(FailingStep{"FirstSettings", "GetSettings", 1, 2, "fail in GetCommState\n", 1, 0},
+                    FailingStep{"SettingTheLine", "SetSettings", 1, 0, settingsLine, 2, 1},
+                    FailingStep{"SecondSettings", "GetSettings", 2, 0, settingsLine, 3, 0},
+                    FailingStep{"SettingTheTimeouts", "SetTimeouts", 1, 0, noTimeouts, 4, 1}),
+    [](const auto& step) { return std::string(step.param.name); });
 
 TEST_F(StageOpening, ChangesNothingOfALineWhoseSettingsItCannotRead) {
     line.FailAt("GetSettings");
@@ -248,10 +251,31 @@ TEST_F(StageOpening, ClosingWithoutALineDoesNothing) {
 TEST_F(StageOpening, OpensAgainAfterClosing) {
     BeOnline();
     stage.Close();
+    line.calls.clear();
     ExpectWaking();
     EXPECT_EQ(Open(), 1);
+    EXPECT_EQ(line.calls.front(), "Open line 3") << "what is closed is not closed once more";
     EXPECT_EQ(stage.offline, 0);
     EXPECT_EQ(stage.position[0], 1000.0);
+}
+
+TEST_F(StageOpening, KeepsAPositionThatCannotBeRead) {
+    stage.position = {1.0, 2.0, 3.0};
+    ExpectWaking();
+    line.FailAt("Read", 1);
+    EXPECT_EQ(Open(), 1);
+    EXPECT_EQ(stage.position[0], 1.0) << "though the query says 0";
+    EXPECT_EQ(stage.position[1], 1000.0) << "the reply to the query before";
+    EXPECT_EQ(stage.offline, 0);
+}
+
+TEST_F(StageOpening, KeepsThePositionsWhereNoneCanBeRead) {
+    stage.position = {1.0, 2.0, 3.0};
+    line.TakeAnyWrite();
+    for (const int read : {1, 2, 3})
+        line.FailAt("Read", read);
+    EXPECT_EQ(Open(), 1);
+    EXPECT_EQ(stage.position, (std::array<double, 3>{1.0, 2.0, 3.0}));
 }
 
 } // namespace

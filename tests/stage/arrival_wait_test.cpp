@@ -26,7 +26,8 @@ TEST_P(ArrivalLetter, EndsTheWaitForWhateverAxis) {
     EXPECT_EQ(ui.clock.now, 40U + 15U + 10U) << "read, query, pump";
 }
 
-INSTANTIATE_TEST_SUITE_P(Letters, ArrivalLetter, testing::Values("X", "Y", "Z", "X1600"));
+INSTANTIATE_TEST_SUITE_P(Letters, ArrivalLetter, testing::Values("X", "Y", "Z", "X1600"),
+                         [](const auto& letter) { return std::string(letter.param); });
 
 TEST_F(ArrivalWait, EndsWhenTheProgressIsTheVeryTarget) {
     line.Arrive(30, Terminated("p1599"));

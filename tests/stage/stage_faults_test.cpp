@@ -227,6 +227,7 @@ struct FalseArrival {
     std::vector<std::pair<std::uint64_t, std::string>> arrivals;
     Texts answers;         // to the queries of X; "" is silence
     std::string sent = {}; // the command before the wait
+    int unreadable = 0;    // the read that fails, if any
 };
 
 class StageFalseArrival : public ControllerFaults, public testing::WithParamInterface<FalseArrival> {};
@@ -238,6 +239,8 @@ TEST_P(StageFalseArrival, EndsTheWait) {
         line.Expect(GetParam().sent);
         stage.SendCommand(GetParam().sent);
     }
+    if (GetParam().unreadable > 0)
+        line.FailAt("Read", GetParam().unreadable);
     for (const std::string& answer : GetParam().answers)
         line.Expect("p", answer.empty() ? Reply{} : Answered(answer));
     motion.WaitForArrival(axisX, GetParam().target, 0);
@@ -260,7 +263,8 @@ INSTANTIATE_TEST_SUITE_P(
         FalseArrival{"LateReplyToAnEarlierQuery", 1000.0, {{20, Terminated("1600")}}, {"", ""}},
         FalseArrival{"JunkAtRestBesideTheTarget", 1000.0, {{20, "?"}}, {"1599", "1599"}},
         FalseArrival{
-            "JunkTwiceWithinTwoMicrometres", 1000.0, {{20, "?"}, {120, "?"}}, {"1597", "1597", "1597"}}),
+            "JunkTwiceWithinTwoMicrometres", 1000.0, {{20, "?"}, {120, "?"}}, {"1597", "1597", "1597"}},
+        FalseArrival{"JunkAndAQueryThatCannotBeRead", 0.625, {{20, "?"}}, {"80", "80"}, "", 2}),
     [](const auto& rule) { return rule.param.name; });
 
 } // namespace

@@ -43,6 +43,48 @@ TEST_F(ProgramStage, SaysThisToTheControllerWhenItStartsAndNothingElse) {
     EXPECT_TRUE(ui.boxes.warnings.empty());
 }
 
+TEST_F(ProgramStage, OpensTheStage100MillisecondsBeforeItLooksForACamera) {
+    class TimedCameras : public AbsentCameras {
+    public:
+        explicit TimedCameras(const VirtualClock& clock) : m_clock(clock) {}
+        void Initialize() override { calledAt = m_clock.now; }
+        std::uint64_t calledAt = 0;
+
+    private:
+        const VirtualClock& m_clock;
+    };
+    TimedCameras timed{ui.clock};
+    std::uint64_t stageReadyAt = 0; // when the last command of its opening went out
+    line.onCall = [&](std::string_view call) {
+        if (call == "Write" && line.WritesLeft() == 1)
+            stageReadyAt = ui.clock.now;
+    };
+    ExpectOpening();
+    At(running, [&] { line.TakeAnyWrite(); });
+    ui.messages.PostAt(running, {mainWindow, MessageKind::Close});
+    RunProgram(*globals, ui.Adapters(), {timed, line});
+    EXPECT_EQ(stageReadyAt, 10U + 100U + 3 * 15U) << "main window, settling, three queries";
+    EXPECT_EQ(timed.calledAt, stageReadyAt + 100U);
+}
+
+TEST_F(ProgramStage, ComesOnlineAfterAMoveThatWasAskedForBeforeItWasOpened) {
+    PressAt(5, key::pageUp); // while the main window is being made
+    ExpectOpening();
+    At(2500, [&] {
+        Texts expected = {"Write L4"};
+        expected.insert(expected.end(), 199, "Read 10"); // 10 ms each, for two seconds
+        expected.emplace_back("Open line 3");
+        ASSERT_GE(line.calls.size(), expected.size());
+        EXPECT_EQ(Texts(line.calls.begin(), line.calls.begin() + 201), expected)
+            << "in vain, until the opening";
+        EXPECT_EQ(globals->stage.offline, 0);
+        EXPECT_EQ(globals->stage.position[2], 100.0) << "where the controller says";
+    });
+    ExpectReturnToOrigin();
+    RunUntil(2500);
+    EXPECT_TRUE(ui.boxes.warnings.empty());
+}
+
 TEST_F(ProgramStage, StoresWhereTheStageStandsAndDoesNotShowItYet) {
     ExpectOpening("1600", "800");
     At(running, [&] {

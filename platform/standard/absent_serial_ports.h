@@ -16,7 +16,9 @@ public:
     bool GetTimeouts(SerialHandle, SerialTimeouts&) override { return false; }
     bool Write(SerialHandle, std::span<const std::uint8_t>, std::uint32_t&) override { return false; }
     bool Read(SerialHandle, std::span<std::uint8_t>, std::uint32_t&) override { return false; }
-    std::int32_t LastError() const override { return 0; }
+    std::int32_t LastError() const override { return noLineError; }
+
+    static constexpr std::int32_t noLineError = 2; // of whatever was called: it is not there
 };
 
 } // namespace tessaro

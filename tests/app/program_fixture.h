@@ -34,7 +34,7 @@ class ProgramTest : public testing::Test {
 protected:
     int RunUntil(std::uint64_t end) {
         ui.messages.PostAt(end, {mainWindow, MessageKind::Close});
-        const int result = RunProgram(*globals, ui.Adapters(), {cameras, *serialPorts});
+        const int result = RunProgram(*globals, ui.Adapters(), {*cameraRuntime, *serialPorts});
         EXPECT_FALSE(ui.messages.waitedForEver);
         EXPECT_EQ(ui.drawing.contextsHeld, 0);
         return result;
@@ -98,7 +98,8 @@ protected:
     FakeUserInterface ui;
     AbsentCameras cameras;
     AbsentSerialPorts serial;
-    SerialPorts* serialPorts = &serial; // that RunUntil gives to the program
+    CameraRuntime* cameraRuntime = &cameras; // these two RunUntil gives to the program
+    SerialPorts* serialPorts = &serial;
     std::unique_ptr<Globals> globals = std::make_unique<Globals>(ui.folders);
 
 private:

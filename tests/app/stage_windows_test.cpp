@@ -1,37 +1,29 @@
-#include "app/program.h"
 #include "app/resource_ids.h"
-#include "platform/fake/fake_user_interface.h"
 #include "platform/fake/scripted_camera.h"
-#include "platform/standard/absent_serial_ports.h"
-#include "stage/stage_link.h"
+#include "tests/app/program_fixture.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace tessaro {
 namespace {
 
-constexpr auto mainWindow = static_cast<WindowHandle>(1); // made first
-constexpr auto popupWindow = static_cast<WindowHandle>(2);
-
 // The program is in its message loop by then.
 constexpr std::uint64_t start = 200;
 
 /// The whole program with a simulated stage, and without a camera.
-class StageWindowsTest : public testing::Test {
+class StageWindowsTest : public ProgramTest {
 protected:
-    StageWindowsTest() { camera.present = false; }
+    StageWindowsTest() {
+        camera.present = false;
+        cameraRuntime = &camera;
+    }
 
     void RunUntil(std::uint64_t end) {
-        ui.messages.PostAt(end, {mainWindow, MessageKind::Close});
-        EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {camera, serial}), 0);
-        EXPECT_FALSE(ui.messages.waitedForEver);
-        EXPECT_EQ(ui.drawing.contextsHeld, 0);
+        EXPECT_EQ(ProgramTest::RunUntil(end), 0);
         EXPECT_TRUE(ui.dialogs.dialogs.empty());
         EXPECT_TRUE(ui.windows.children.empty());
         EXPECT_EQ(globals->windows.controlPanel, WindowHandle::None);
@@ -39,32 +31,11 @@ protected:
         EXPECT_EQ(globals->windows.motorController, WindowHandle::None);
     }
 
-    void ChooseAt(std::uint64_t time, std::uint32_t command) {
-        ui.messages.PostAt(time, {mainWindow, MessageKind::Command, command});
-    }
-    void At(std::uint64_t time, const std::function<void()>& look) {
-        const auto number = static_cast<std::uint32_t>(m_looks.size());
-        m_looks.push_back(look);
-        ui.messages.PostAt(time, {WindowHandle::None, MessageKind::Other, 0, number});
-        ui.messages.onDispatch = [this](const Message& message) {
-            if (message.kind == MessageKind::Other)
-                m_looks[message.position]();
-        };
-    }
     void Press(int resource, int controlId) {
         ui.dialogs.Notify(ui.dialogs.Find(resource), controlId, Notification::Clicked);
     }
-    std::string PanelText(int controlId) {
-        return ui.dialogs.ItemText(globals->windows.controlPanel, controlId, 100);
-    }
 
-    FakeUserInterface ui;
     ScriptedCamera camera{[](const std::string& breach) { ADD_FAILURE() << breach; }};
-    AbsentSerialPorts serial;
-    std::unique_ptr<Globals> globals = std::make_unique<Globals>(ui.folders);
-
-private:
-    std::vector<std::function<void()>> m_looks;
 };
 
 TEST_F(StageWindowsTest, OpenThePortDialogOnceAndLookForTheCameraAgain) {

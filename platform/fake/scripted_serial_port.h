@@ -41,6 +41,9 @@ public:
     /// A text as it goes over a line, with its terminator.
     static std::string Terminated(std::string text);
 
+    /// What comes 5 ms after a command.
+    static Reply Answered(std::string text) { return {{5, Terminated(std::move(text))}}; }
+
     /// The next write, byte for byte, and what it is answered.
     void ExpectBytes(std::string bytes, Reply reply = {});
     void Expect(std::string text, Reply reply = {}) {

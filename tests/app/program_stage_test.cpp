@@ -9,23 +9,19 @@ class ProgramStage : public ProgramTest {
 protected:
     ProgramStage() { serialPorts = &line; }
 
-    static ScriptedSerialPorts::Reply Answered(std::string text) {
-        return {{5, ScriptedSerialPorts::Terminated(std::move(text))}};
-    }
-
     void ExpectOpening(const char* x = "0", const char* y = "0") {
         line.Expect("z");
-        line.Expect("p", Answered(x));
-        line.Expect("P", Answered(y));
-        line.Expect("Q", Answered("160"));
+        line.Expect("p", ScriptedSerialPorts::Answered(x));
+        line.Expect("P", ScriptedSerialPorts::Answered(y));
+        line.Expect("Q", ScriptedSerialPorts::Answered("160"));
         line.Expect("S2400");
         line.Expect("T2400");
     }
 
     void ExpectReturnToOrigin() {
         line.Expect("m0");
-        line.Expect("M0", Answered("Y"));
-        line.Expect("P", Answered("0"));
+        line.Expect("M0", ScriptedSerialPorts::Answered("Y"));
+        line.Expect("P", ScriptedSerialPorts::Answered("0"));
     }
 
     static constexpr std::uint64_t running = 500; // it is in its message loop by then
@@ -92,8 +88,8 @@ TEST_F(ProgramStage, StoresWhereTheStageStandsAndDoesNotShowItYet) {
         EXPECT_EQ(PanelText(panel::positionX), "0") << "of the first paint, before the stage was asked";
     });
     line.Expect("M0"); // to the origin; X needs longer
-    line.Expect("m0", Answered("X"));
-    line.Expect("p", Answered("0"));
+    line.Expect("m0", ScriptedSerialPorts::Answered("X"));
+    line.Expect("p", ScriptedSerialPorts::Answered("0"));
     RunUntil(running);
 }
 
@@ -107,7 +103,7 @@ TEST_F(ProgramStage, GoesToTheScanOriginAtTheEnd) {
     line.Expect("M-400", {{40, ScriptedSerialPorts::Terminated("P-200")},
                           {90, ScriptedSerialPorts::Terminated("X")},
                           {140, ScriptedSerialPorts::Terminated("Y")}});
-    line.Expect("P", Answered("-400"));
+    line.Expect("P", ScriptedSerialPorts::Answered("-400"));
     RunUntil(running);
     EXPECT_EQ(globals->stage.position[1], -250.0);
     EXPECT_EQ(Config(), defaultLine);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/fake/scripted_serial_port.h"
+#include "tests/stage/stage_fixture.h"
 
 #include <algorithm>
 #include <array>
@@ -46,10 +46,6 @@ private:
         std::int64_t to = 0;
         std::uint64_t start = 0;
     };
-
-    static std::string Terminated(std::string text) {
-        return ScriptedSerialPorts::Terminated(std::move(text));
-    }
 
     static std::size_t AxisOf(std::string_view letters, const std::string& text) {
         return text.empty() ? std::string_view::npos : letters.find(text[0]);

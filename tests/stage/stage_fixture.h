@@ -14,14 +14,12 @@ inline constexpr SerialTimeouts stageTimeouts = {10, 10, 50, 10, 50};
 
 using Texts = std::vector<std::string>;
 
-/// A text as it goes over the line.
 inline std::string Terminated(std::string text) {
     return ScriptedSerialPorts::Terminated(std::move(text));
 }
 
-/// What comes 5 ms after a command.
 inline ScriptedSerialPorts::Reply Answered(std::string text) {
-    return {{5, Terminated(std::move(text))}};
+    return ScriptedSerialPorts::Answered(std::move(text));
 }
 
 /// The stage link on a line whose script is followed to the letter, with the shell around it.

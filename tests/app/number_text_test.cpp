@@ -17,6 +17,7 @@ TEST(FormattedText, MayBeOfAnyLength) {
 }
 
 struct Truncation {
+    const char* name;
     double value;
     std::int32_t whole;
 };
@@ -29,15 +30,20 @@ TEST_P(TruncatedToInt32Test, GoesTowardZeroAndStaysInRange) {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-INSTANTIATE_TEST_SUITE_P(
-    Values, TruncatedToInt32Test,
-    testing::Values(Truncation{0.0, 0}, Truncation{0.999, 0}, Truncation{-0.999, 0}, Truncation{15.7, 15},
-                    Truncation{-15.7, -15}, Truncation{2147483646.9, 2147483646},
-                    Truncation{2147483647.0, 2147483647}, Truncation{2147483648.0, 2147483647},
-                    Truncation{-2147483647.9, -2147483647}, Truncation{-2147483648.0, INT32_MIN},
-                    Truncation{-2147483649.0, INT32_MIN}, Truncation{infinity, 2147483647},
-                    Truncation{-infinity, INT32_MIN},
-                    Truncation{std::numeric_limits<double>::quiet_NaN(), 0}));
+INSTANTIATE_TEST_SUITE_P(Values, TruncatedToInt32Test,
+                         testing::Values(Truncation{"Zero", 0.0, 0}, Truncation{"BelowOne", 0.999, 0},
+                                         Truncation{"AboveMinusOne", -0.999, 0},
+                                         Truncation{"Positive", 15.7, 15}, Truncation{"Negative", -15.7, -15},
+                                         Truncation{"BelowTheLargest", 2147483646.9, 2147483646},
+                                         Truncation{"Largest", 2147483647.0, 2147483647},
+                                         Truncation{"OneTooLarge", 2147483648.0, 2147483647},
+                                         Truncation{"AboveTheSmallest", -2147483647.9, -2147483647},
+                                         Truncation{"Smallest", -2147483648.0, INT32_MIN},
+                                         Truncation{"OneTooSmall", -2147483649.0, INT32_MIN},
+                                         Truncation{"Infinite", infinity, 2147483647},
+                                         Truncation{"MinusInfinite", -infinity, INT32_MIN},
+                                         Truncation{"NoNumber", std::numeric_limits<double>::quiet_NaN(), 0}),
+                         [](const auto& truncation) { return std::string(truncation.param.name); });
 
 struct NumberAtStart {
     const char* name;

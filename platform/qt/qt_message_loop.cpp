@@ -209,7 +209,7 @@ struct QtMessageLoop::State {
             press || event.type() == QEvent::MouseButtonRelease || event.type() == QEvent::MouseMove) {
             const auto& mouse = static_cast<const QMouseEvent&>(event);
             const QPoint position = mouse.position().toPoint();
-            message.window = HandleWithin(topLevel, topLevel.childAt(position));
+            message.window = TakerOf(mouse, topLevel);
             message.position = PositionInClient(topLevel, message.window, position);
             if (event.type() == QEvent::MouseMove)
                 message.kind = MessageKind::MouseMove;
@@ -217,6 +217,24 @@ struct QtMessageLoop::State {
                 message.kind = press ? MessageKind::LeftButtonPress : MessageKind::LeftButtonRelease;
         }
         return message;
+    }
+
+    /// What was pressed gets the mouse until all buttons are let go, wherever it is then.
+    WindowHandle TakerOf(const QMouseEvent& mouse, const QWidget& topLevel) {
+        const bool firstPress =
+            mouse.type() == QEvent::MouseButtonPress && mouse.buttons() == Qt::MouseButtons(mouse.button());
+        const bool nothingHeld = mouse.type() == QEvent::MouseMove && mouse.buttons() == Qt::NoButton;
+        if (firstPress || nothingHeld || !IsWithin(topLevel, pressed))
+            pressed = HandleWithin(topLevel, topLevel.childAt(mouse.position().toPoint()));
+        const WindowHandle taker = pressed;
+        if (mouse.buttons() == Qt::NoButton)
+            pressed = WindowHandle::None;
+        return taker;
+    }
+
+    bool IsWithin(const QWidget& topLevel, WindowHandle handle) const {
+        const QtWindowTable::Entry* entry = windows.Find(handle);
+        return entry != nullptr && entry->widget != nullptr && entry->widget->window() == &topLevel;
     }
 
     /// Of the control that the widget is, or else of the window.
@@ -327,6 +345,7 @@ struct QtMessageLoop::State {
     std::deque<Waiting> queue;
     std::deque<Waiting> taken; // given out, with the event that Dispatch is going to deliver
     std::map<std::pair<WindowHandle, std::uint32_t>, std::unique_ptr<QTimer>> timers;
+    WindowHandle pressed = WindowHandle::None; // as long as a button is held
     std::uint64_t lastToken = 0;
     std::uint64_t dialogMessages = 0; // that loops of dialogs have asked for
     const QEvent* dispatching = nullptr;

@@ -80,6 +80,37 @@ TEST_F(QtChildControls, LetThePressOnALabelThroughToTheWindow) {
     EXPECT_EQ(press.position, PackPosition(8, 279));
 }
 
+TEST_F(QtChildControls, LeaveTheReleaseToTheWindowThatWasPressed) {
+    operator_input::Press(View("Popup"), {10, 10});
+    m_machine.DispatchAll();
+    operator_input::Move(Edit(), {2, 3}, Qt::LeftButton);
+    Message move;
+    ASSERT_TRUE(m_machine.TakeNext(MessageKind::MouseMove, move));
+    EXPECT_EQ(move.window, m_popup);
+    m_machine.ui.messages.Dispatch(move);
+    operator_input::Release(Edit(), {3, 4});
+    Message release;
+    ASSERT_TRUE(m_machine.TakeNext(MessageKind::LeftButtonRelease, release));
+    EXPECT_EQ(release.window, m_popup);
+    EXPECT_EQ(release.position, PackPosition(58, 279));
+    m_machine.ui.messages.Dispatch(release);
+    EXPECT_EQ(m_popupProcedure.Count(MessageKind::LeftButtonRelease), 1U);
+    operator_input::Move(Edit(), {4, 5});
+    ASSERT_TRUE(m_machine.TakeNext(MessageKind::MouseMove, move));
+    EXPECT_EQ(move.window, m_edit) << "nothing is held any more";
+}
+
+TEST_F(QtChildControls, KeepTheReleaseOfAPressOnThemOverTheWindow) {
+    operator_input::Press(Edit(), {3, 4});
+    m_machine.DispatchAll();
+    operator_input::Release(View("Popup"), {10, 10});
+    Message release;
+    ASSERT_TRUE(m_machine.TakeNext(MessageKind::LeftButtonRelease, release));
+    EXPECT_EQ(release.window, m_edit);
+    m_machine.ui.messages.Dispatch(release);
+    EXPECT_EQ(m_popupProcedure.Count(MessageKind::LeftButtonRelease), 0U);
+}
+
 TEST_F(QtChildControls, TakeWhatIsTypedOnceTheyWereClicked) {
     operator_input::Click(Edit());
     m_machine.DispatchAll();

@@ -25,6 +25,12 @@ protected:
     void Serve(const std::string& link) { m_line = std::make_unique<StageLine>(m_wire, link); }
     void Serve() { Serve(Link()); }
 
+    /// On terminals that are made ready for the next client in this way.
+    void ServeRenewing(StageLine::Renewal renew) {
+        m_line = std::make_unique<StageLine>(m_wire, Link(), std::move(renew));
+    }
+    static bool CannotBeOpened(const PseudoTerminal& /*terminal*/) { return false; }
+
     std::string ErrorOfServing() {
         try {
             Serve();
@@ -272,6 +278,65 @@ TEST_F(StageLineTest, CanBeOpenedAgainWhenAClientDiedThatHadItForItselfAlone) {
     const StageHost next(Link()); // root may always; others find another terminal at the link
     ASSERT_NE(next.File(), -1);
     EXPECT_TRUE(Answers(next, "p", "0"));
+}
+
+TEST_F(StageLineTest, IsAnotherTerminalAtItsLinkOnceItCannotBeOpenedAnyMore) {
+    ServeRenewing(CannotBeOpened);
+    std::vector<std::string> names = {m_line->Name()};
+    m_line->TellNewNames([&](const std::string& name) { names.push_back(name); });
+    {
+        const StageHost host(Link());
+        ASSERT_TRUE(Answers(host, "p", "0"));
+        ASSERT_EQ(write(host.File(), "m9", 2), 2);
+    }
+    ASSERT_TRUE(RunUntil([&] { return names.size() == 2; }));
+    EXPECT_EQ(m_line->Name(), names[1]);
+    EXPECT_EQ(std::filesystem::read_symlink(Link()).string(), names[1]);
+    const StageHost next(Link());
+    EXPECT_TRUE(Answers(next, "P", "0"));
+    EXPECT_EQ(m_log, (std::vector<std::string>{"p", "P"})) << "what was begun is forgotten here too";
+}
+
+TEST_F(StageLineTest, IsKeptWhereTheNextClientWasFasterThanTheRenewal) {
+    std::unique_ptr<StageHost> next;
+    ServeRenewing([&](const PseudoTerminal& terminal) {
+        next = std::make_unique<StageHost>(terminal.Name());
+        return false;
+    });
+    const std::string name = m_line->Name();
+    { const StageHost host(Link()); }
+    ASSERT_TRUE(RunUntil([&] { return next != nullptr; }));
+    EXPECT_EQ(m_line->Name(), name);
+    EXPECT_TRUE(Answers(*next, "p", "0"));
+    m_line->TellNewNames([](const std::string& other) { ADD_FAILURE() << other; });
+}
+
+TEST_F(StageLineTest, IsUnpluggedWhenThereCanBeNoOtherTerminalAtItsLink) {
+    ServeRenewing(CannotBeOpened);
+    {
+        const StageHost host(Link());
+        ASSERT_TRUE(Answers(host, "p", "0"));
+        std::filesystem::remove(Link());
+        std::ofstream(Link()) << "precious";
+    }
+    EXPECT_TRUE(RunUntil([&] { return m_line->Name().empty(); }));
+    EXPECT_EQ(ReadText(Link()), "precious");
+    EXPECT_TRUE(IsIdle());
+    std::filesystem::remove(Link());
+    m_line->PlugIn();
+    const StageHost next(Link());
+    EXPECT_TRUE(Answers(next, "p", "0"));
+}
+
+TEST_F(StageLineTest, TellsItsNewNameWhenItIsPluggedInAgain) {
+    Serve();
+    std::vector<std::string> names;
+    m_line->TellNewNames([&](const std::string& name) { names.push_back(name); });
+    m_line->PlugIn();
+    EXPECT_TRUE(names.empty()) << "it was not unplugged";
+    m_line->Unplug();
+    m_line->PlugIn();
+    EXPECT_EQ(names, std::vector<std::string>{m_line->Name()});
 }
 
 TEST_F(StageLineTest, CostsNothingAsLongAsNothingHappens) {

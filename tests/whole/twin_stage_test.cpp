@@ -36,6 +36,11 @@ protected:
 
     bool IsLinked() const { return std::filesystem::exists(std::filesystem::symlink_status(Link())); }
 
+    /// What is said of the line that the link leads to now.
+    std::string ReadyLine() const {
+        return "tessaro-twin: stage is ready at " + std::filesystem::read_symlink(Link()).string() + "\n";
+    }
+
     /// The commands of the log, without their times.
     std::string Logged() const {
         std::string commands;
@@ -244,7 +249,20 @@ TEST_F(TwinStage, MayBeGoneFromTheStart) {
     EXPECT_EQ(twin.Output(), "tessaro-twin: camera TWIN01 is ready at 127.0.0.1\n");
     EXPECT_FALSE(IsLinked());
     EXPECT_EQ(twin.Say("clear stage-gone"), "ok");
+    EXPECT_EQ(twin.Output(), "tessaro-twin: camera TWIN01 is ready at 127.0.0.1\n" + ReadyLine());
     EXPECT_EQ(StageHost(Link()).Ask("p"), "800");
+}
+
+TEST_F(TwinStage, TellsTheNameOfALineThatTakesThePlaceOfAnother) {
+    RunningTwin twin(TESSARO_TWIN, With({"--quiet"}));
+    ASSERT_TRUE(twin.IsReady()) << twin.Errors();
+    const std::string first = ReadyLine();
+    const std::string all = twin.Output();
+    EXPECT_TRUE(all.starts_with(first)) << all;
+    EXPECT_EQ(twin.Say("fault stage-gone"), "ok");
+    EXPECT_EQ(twin.Output(), all);
+    EXPECT_EQ(twin.Say("clear stage-gone"), "ok");
+    EXPECT_EQ(twin.Output(), all + ReadyLine());
 }
 
 TEST_F(TwinStage, GoesAwayAndComesBack) {

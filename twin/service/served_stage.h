@@ -8,10 +8,12 @@
 #include "twin/stage_position.h"
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tessaro {
 
@@ -33,6 +35,9 @@ public:
     StagePosition PositionAt(double time) const { return m_axes.PositionAt(time); }
 
     std::string LineName() const { return m_line.Name(); }
+    void TellNewLineNames(std::function<void(const std::string& name)> tell) {
+        m_line.TellNewNames(std::move(tell));
+    }
 
     /// At once; false when it cannot stand there.
     bool Put(const StagePosition& position);

@@ -122,6 +122,20 @@ std::string TwinDevices::Obey(std::string_view line, bool& quit) {
     }
 }
 
+namespace {
+
+/// All at once; nobody may be there to read it: no reason to end.
+void Say(const std::string& lines) {
+    if (std::fputs(lines.c_str(), stdout) < 0 || std::fflush(stdout) != 0)
+        std::fprintf(stderr, "tessaro-twin: could not say on standard output that the devices are ready\n");
+}
+
+std::string StageIsReady(const std::string& name) {
+    return "tessaro-twin: stage is ready at " + name + "\n";
+}
+
+} // namespace
+
 void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options) {
     std::signal(SIGPIPE, SIG_IGN);
     SignalLoop loop;
@@ -139,12 +153,12 @@ void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options) {
             return answer;
         });
     }
+    std::string ready;
     if (const std::string stage = devices.StageLineName(); !stage.empty()) // none when it is gone already
-        std::printf("tessaro-twin: stage is ready at %s\n", stage.c_str());
-    std::printf("tessaro-twin: camera %s is ready at %s\n", options.serialNumber.c_str(),
-                options.cameraAddress.c_str());
-    if (std::fflush(stdout) != 0) // nobody may be there to read it: no reason to end
-        std::fprintf(stderr, "tessaro-twin: could not say on standard output that the devices are ready\n");
+        ready = StageIsReady(stage);
+    Say(ready + "tessaro-twin: camera " + options.serialNumber + " is ready at " + options.cameraAddress +
+        "\n");
+    devices.TellNewStageLineNames([](const std::string& name) { Say(StageIsReady(name)); });
     loop.Run();
 }
 

@@ -7,9 +7,11 @@
 #include "twin/wafer.h"
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tessaro {
@@ -33,7 +35,11 @@ public:
     void Set(const Fault& fault);
     void Clear(FaultKind kind);
 
-    std::string StageLineName() const { return m_stage.LineName(); }
+    std::string StageLineName() const { return m_stage.LineName(); } // none while it is gone
+    /// Called from now on with the name of every other line that takes its place.
+    void TellNewStageLineNames(std::function<void(const std::string& name)> tell) {
+        m_stage.TellNewLineNames(std::move(tell));
+    }
 
     /// Obeys a line of the control socket. "ok", with what was asked for, or "error: " and why. Quit is the
     /// caller's: it sets `quit`.
@@ -48,8 +54,8 @@ private:
     GigECamera m_camera;
 };
 
-/// Serves the devices until SIGTERM, SIGINT or "quit"; says on standard output when they are ready. Throws
-/// std::runtime_error when they cannot be served.
+/// Serves the devices until SIGTERM, SIGINT or "quit"; says on standard output when they are ready, and
+/// whenever the stage has another line. Throws std::runtime_error when they cannot be served.
 void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options);
 
 } // namespace tessaro

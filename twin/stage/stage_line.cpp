@@ -30,7 +30,8 @@ struct StageLine::Source {
     }
 };
 
-StageLine::StageLine(StageWire& wire, std::string linkPath) : m_wire(wire), m_linkPath(std::move(linkPath)) {
+StageLine::StageLine(StageWire& wire, std::string linkPath, Renewal renew)
+    : m_wire(wire), m_linkPath(std::move(linkPath)), m_renew(std::move(renew)) {
     static GSourceFuncs functions = {nullptr, nullptr, Source::Dispatch, nullptr, nullptr, nullptr};
     m_source = reinterpret_cast<Source*>(g_source_new(&functions, sizeof(Source)));
     m_source->line = this;
@@ -52,6 +53,7 @@ void StageLine::PlugIn() {
     if (m_terminal)
         return;
     m_terminal.emplace();
+    m_terminal->TakeEvent(); // our own: nobody has opened it yet
     try {
         if (!m_linkPath.empty())
             m_link.emplace(m_linkPath, m_terminal->Name());
@@ -60,6 +62,8 @@ void StageLine::PlugIn() {
         throw;
     }
     m_watched = g_source_add_unix_fd(&m_source->base, m_terminal->Events(), G_IO_IN);
+    if (m_tellName)
+        m_tellName(m_terminal->Name());
     Serve();
 }
 
@@ -94,7 +98,7 @@ void StageLine::ServeTerminal() {
 
 /// Made raw before its last bytes are read: from then on nothing is echoed.
 void StageLine::MakeReadyForNextClient() {
-    const bool renewed = m_terminal->Renew();
+    const bool renewed = m_renew(*m_terminal);
     m_terminal->TakeEvent(); // our own
     m_wire.EndWith(m_terminal->ReadAll(), StageSeconds());
     if (renewed || m_terminal->IsOpened()) // the next client may be there already

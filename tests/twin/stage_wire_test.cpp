@@ -115,10 +115,18 @@ TEST(ReplyFaults, NoArrivalLeavesOutArrivalsOnly) {
     EXPECT_EQ(Conversation(line), (Texts{"p20", "p80", "p160", "p240", "p320", "p388", "p418", "420"}));
 }
 
+TEST(ReplyFaults, OtherAxisAnswersWhereTheNextAxisIs) {
+    VirtualLine line;
+    line.wire.Faults().otherAxis = true;
+    line.axes.Put({10.0, 1000.0, 30.0}, line.now);
+    line.Send({"p", "P", "Q"});
+    EXPECT_EQ(line.TextsUntilSilence(), (Texts{"1600", "48", "16"}));
+}
+
 TEST(ReplyFaults, OtherAxisChangesTheLetters) {
     VirtualLine line;
     line.wire.Faults().otherAxis = true;
-    EXPECT_EQ(Conversation(line), (Texts{"P20", "P80", "P160", "P240", "P320", "P388", "P418", "Y", "420"}));
+    EXPECT_EQ(Conversation(line), (Texts{"P20", "P80", "P160", "P240", "P320", "P388", "P418", "Y", "0"}));
     line.Send({"M16"});
     EXPECT_EQ(line.TextsUntilSilence(), (Texts{"Q14", "Z"}));
     line.Send({"L16"});

@@ -14,6 +14,13 @@ char LetterOfNextAxis(char letter) {
     return axes[axes.find(letter) + 1];
 }
 
+void SpeakOfNextAxis(StageReply& reply) {
+    for (char& letter : reply.letters)
+        letter = LetterOfNextAxis(letter);
+    if (reply.kind == StageReply::Kind::Answer)
+        reply.number = reply.numberOfNextAxis;
+}
+
 std::string BytesOf(const StageReply& reply) {
     if (reply.kind != StageReply::Kind::Arrival)
         return reply.letters + reply.number + '\0';
@@ -32,8 +39,7 @@ std::optional<LineReply> ReplyFaults::Send(StageReply reply) {
         return std::nullopt;
     ++m_replies;
     if (settings.otherAxis)
-        for (char& letter : reply.letters)
-            letter = LetterOfNextAxis(letter);
+        SpeakOfNextAxis(reply);
     if (settings.impossible && !reply.number.empty())
         reply.number = impossibleNumbers[m_replies % impossibleNumbers.size()];
     LineReply line = {BytesOf(reply)};

@@ -103,7 +103,8 @@ std::optional<StageReply> StageController::Say(double now) {
     if (!m_asked.empty()) {
         const std::size_t axis = m_asked.front();
         m_asked.pop_front();
-        return StageReply{StageReply::Kind::Answer, "", std::to_string(m_axes.StepAt(axis, now))};
+        const auto number = [&](std::size_t of) { return std::to_string(m_axes.StepAt(of, now)); };
+        return StageReply{StageReply::Kind::Answer, "", number(axis), number((axis + 1) % stageAxisCount)};
     }
     if (ArrivalsDue() <= now)
         return TakeArrivals();

@@ -17,8 +17,9 @@ namespace tessaro {
 struct StageReply {
     enum class Kind { Answer, Progress, Arrival };
     Kind kind = Kind::Answer;
-    std::string letters; // what stands before the number; of arrivals, one for each axis
-    std::string number;  // empty: none
+    std::string letters;               // what stands before the number; of arrivals, one for each axis
+    std::string number;                // empty: none
+    std::string numberOfNextAxis = {}; // of an answer
 };
 
 /// The controller of the stage. It is given the bytes that come, is asked what it has to say when the line is

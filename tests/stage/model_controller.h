@@ -20,7 +20,7 @@ public:
     explicit ModelController(const VirtualClock& clock) : m_clock(clock) {}
 
     Reply Answer(const std::string& written) {
-        const std::string text(written.c_str());
+        const std::string text = written.substr(0, written.find('\0'));
         if (const std::size_t axis = AxisOf("pPQ", text); axis < axes)
             return {{1, Terminated(std::to_string(Steps(axis)))}};
         if (const std::size_t axis = AxisOf("mML", text); axis < axes)

@@ -71,8 +71,11 @@ LineTransfer ReadFromLine(int device, std::span<std::uint8_t> bytes, const Seria
             done.error = done.count == 0 ? error : 0; // what came before is handed over first
             break;
         }
-        if (taken <= 0)
+        if (taken <= 0) {
+            if (SteadyClock::now() >= end) // a driver that goes on calling the device ready
+                break;
             continue;
+        }
         done.count += static_cast<std::uint32_t>(taken);
         if (timeouts.readInterval != 0)
             silence = SteadyClock::now() + milliseconds(timeouts.readInterval);
@@ -91,6 +94,8 @@ LineTransfer WriteToLine(int device, std::span<const std::uint8_t> bytes, const 
         done.error = ErrorOf(sent, state);
         if (sent > 0)
             done.count += static_cast<std::uint32_t>(sent);
+        else if (SteadyClock::now() >= end)
+            break;
     }
     return done;
 }

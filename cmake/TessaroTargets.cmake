@@ -14,16 +14,23 @@ endif()
 #
 # Headers are included as "folder/header.h". Each library shows its own headers through a directory of links made
 # for it alone, so that an include compiles only where the library is linked: the linker list is the layering.
-# The headers form a file set, which the target all_verify_interface_header_sets compiles one by one.
+# A header that is the first include of its own source is compiled alone there; the target
+# all_verify_interface_header_sets compiles the others one by one.
 function(tessaro_library NAME)
     cmake_parse_arguments(ARG "" "FOLDER" "HEADERS;SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
     set(root ${CMAKE_BINARY_DIR}/headers/${NAME})
     set(links)
+    set(links_with_source)
     foreach(header IN LISTS ARG_HEADERS)
         cmake_path(GET header PARENT_PATH subfolder)
         file(MAKE_DIRECTORY ${root}/${ARG_FOLDER}/${subfolder})
         file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${root}/${ARG_FOLDER}/${header} SYMBOLIC)
-        list(APPEND links ${root}/${ARG_FOLDER}/${header})
+        cmake_path(REPLACE_EXTENSION header LAST_ONLY cpp OUTPUT_VARIABLE source)
+        if(source IN_LIST ARG_SOURCES)
+            list(APPEND links_with_source ${root}/${ARG_FOLDER}/${header})
+        else()
+            list(APPEND links ${root}/${ARG_FOLDER}/${header})
+        endif()
     endforeach()
     if(ARG_SOURCES)
         add_library(${NAME} STATIC ${ARG_SOURCES})
@@ -33,7 +40,9 @@ function(tessaro_library NAME)
         add_library(${NAME} INTERFACE)
         set(scope INTERFACE)
     endif()
-    target_sources(${NAME} ${scope} FILE_SET HEADERS BASE_DIRS ${root} FILES ${links})
+    target_sources(${NAME} ${scope}
+        FILE_SET HEADERS BASE_DIRS ${root} FILES ${links}
+        FILE_SET with_source TYPE HEADERS BASE_DIRS ${root} FILES ${links_with_source})
     target_link_libraries(${NAME} ${scope} ${ARG_LINKS})
-    set_target_properties(${NAME} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
+    set_target_properties(${NAME} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON INTERFACE_HEADER_SETS_TO_VERIFY HEADERS)
 endfunction()

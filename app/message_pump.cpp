@@ -10,6 +10,10 @@ int MessagePump::PumpMessages(std::uint32_t milliseconds) {
     for (;;) {
         const std::uint64_t elapsed = m_clock.TickMilliseconds() - start;
         const auto left = elapsed < milliseconds ? static_cast<std::uint32_t>(milliseconds - elapsed) : 0U;
+        if (m_messages.HasQuit()) {
+            m_scan.stopRequested = 1;
+            return 0;
+        }
         Message message;
         if (!m_messages.TakeMessage(message, left)) {
             if (left > 0)

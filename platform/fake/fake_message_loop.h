@@ -62,6 +62,7 @@ public:
         m_exitCode = exitCode;
     }
 
+    bool HasQuit() const override { return m_quitting; }
     int ExitCode() const override { return m_exitCode; }
 
     void Post(const Message& message) { PostAt(m_clock.now, message); }

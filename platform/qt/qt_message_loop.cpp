@@ -442,6 +442,10 @@ void QtMessageLoop::PostQuit(int exitCode) {
     m_state->exitCode = exitCode;
 }
 
+bool QtMessageLoop::HasQuit() const {
+    return m_state->quitting;
+}
+
 int QtMessageLoop::ExitCode() const {
     return m_state->exitCode;
 }

@@ -26,6 +26,7 @@ public:
     void SetTimer(WindowHandle window, std::uint32_t id, std::uint32_t milliseconds) override;
     void KillTimer(WindowHandle window, std::uint32_t id) override;
     void PostQuit(int exitCode) override;
+    bool HasQuit() const override;
     int ExitCode() const override;
 
     /// WaitMessage for the loop of a dialog or question. One that was asked while the pump decides about a

@@ -213,9 +213,11 @@ TYPED_TEST_P(MessageLoopContract, DoesNotDoubleTicksThatNobodyTook) {
 
 TYPED_TEST_P(MessageLoopContract, GivesWhatIsLeftBeforeItQuits) {
     EXPECT_EQ(this->Loop().ExitCode(), 0);
+    EXPECT_FALSE(this->Loop().HasQuit());
     this->PostKey(1);
     this->PostKey(2);
     this->Loop().PostQuit(9);
+    EXPECT_TRUE(this->Loop().HasQuit());
     EXPECT_EQ(this->Loop().ExitCode(), 9);
     Message message;
     ASSERT_TRUE(this->Loop().WaitMessage(message));

@@ -29,6 +29,7 @@ public:
     }
     void KillTimer(WindowHandle window, std::uint32_t id) override { m_messages.KillTimer(window, id); }
     void PostQuit(int exitCode) override { m_messages.PostQuit(exitCode); }
+    bool HasQuit() const override { return m_messages.HasQuit(); }
     int ExitCode() const override { return m_messages.ExitCode(); }
 
     std::uint64_t longestGap = 0; // ms

@@ -57,6 +57,7 @@ public:
     void SetTimer(WindowHandle, std::uint32_t, std::uint32_t) override {}
     void KillTimer(WindowHandle, std::uint32_t) override {}
     void PostQuit(int) override {}
+    bool HasQuit() const override { return false; }
     int ExitCode() const override { return 0; }
 
     /// What happens between two operations is no stall.

@@ -54,13 +54,16 @@ float PlaneLaplacian(const float* plane, int distance) {
     return static_cast<float>(sum / count / 100.0);
 }
 
+float MeasureFocusScore(const ReducedImage& reduced) {
+    return MeanOfPlanes(reduced, [](const float* plane) { return PlaneLaplacian(plane, farDistance); });
+}
+
 FocusFigures MeasureFocus(const ReducedImage& reduced) {
     FocusFigures figures;
     figures.deviation = MeanOfPlanes(reduced, PlaneDeviation);
     figures.laplaceS =
         MeanOfPlanes(reduced, [](const float* plane) { return PlaneLaplacian(plane, nearDistance); });
-    figures.laplaceM =
-        MeanOfPlanes(reduced, [](const float* plane) { return PlaneLaplacian(plane, farDistance); });
+    figures.laplaceM = MeasureFocusScore(reduced);
     figures.focusValue =
         figures.deviation > 0.1F ? figures.laplaceM * 300.0F / figures.deviation : figures.laplaceM * 10.0F;
     return figures;

@@ -22,4 +22,7 @@ struct FocusFigures {
 /// Measures the reduced image of the last statistics pass.
 FocusFigures MeasureFocus(const ReducedImage& reduced);
 
+/// Of these figures laplaceM alone.
+float MeasureFocusScore(const ReducedImage& reduced);
+
 } // namespace tessaro

@@ -21,4 +21,11 @@ int FocusMeter::UpdateFocusMeasures(FrameRecord& frame) {
     return 1;
 }
 
+float FocusMeter::FocusScore(FrameRecord& frame) {
+    ComputeFrameStatistics(frame, frame, m_measured);
+    const float score = MeasureFocusScore(m_measured.reduced);
+    m_status.ShowItem(panel::laplaceM, Formatted("%.3f", static_cast<double>(score)));
+    return score;
+}
+
 } // namespace tessaro

@@ -15,6 +15,10 @@ public:
     /// Runs the statistics pass on the frame first. Returns 1.
     int UpdateFocusMeasures(FrameRecord& frame);
 
+    /// The same pass, then the score alone: the Laplacian of distance 5, with three decimals. The focus value
+    /// stays as it was.
+    float FocusScore(FrameRecord& frame);
+
 private:
     FrameMeasurements& m_measured;
     float& m_focusValue;

@@ -1,0 +1,64 @@
+#include "focus/focus_curve.h"
+
+#include "app/number_text.h"
+
+#include <cstdio>
+
+namespace tessaro {
+namespace {
+
+constexpr const char* columnNames = "started,number,search,pass,step,ms,z_um,score,focus_value,outcome";
+
+std::string Text(const LocalTime& time) {
+    return Formatted("%04d-%02d-%02d %02d:%02d", time.year, time.month, time.day, time.hour, time.minute);
+}
+
+} // namespace
+
+FocusCurve::FocusCurve(std::ostream& out, Clock& clock, bool writeHeader) : m_out(out), m_clock(clock) {
+    if (writeHeader)
+        Write(columnNames);
+}
+
+int FocusCurve::BeginSearch() {
+    return ++m_searches;
+}
+
+void FocusCurve::Write(const std::string& line) {
+    m_out << line << '\n' << std::flush;
+    if (m_out || m_told)
+        return;
+    m_told = true;
+    std::fprintf(stderr, "tessaro: the focus curve cannot be written any more\n");
+}
+
+SearchRecord::SearchRecord(FocusCurve* curve, std::string_view search) : m_curve(curve), m_search(search) {
+    if (m_curve == nullptr)
+        return;
+    m_number = m_curve->BeginSearch();
+    m_started = Text(m_curve->StartTime());
+    m_start = m_curve->Now();
+}
+
+void SearchRecord::Add(int pass, int step, double z, const FocusFigures& figures) {
+    if (m_curve == nullptr)
+        return;
+    m_curve->Write(Beginning(pass, step, z) + Formatted("%.6g,%.6g,", static_cast<double>(figures.laplaceM),
+                                                        static_cast<double>(figures.focusValue)));
+}
+
+void SearchRecord::End(std::string_view outcome, double z) {
+    if (m_curve == nullptr)
+        return;
+    const std::string text(outcome);
+    m_curve->Write(m_started + Formatted(",%d,%s,,,%llu,%.3f,,,%s", m_number, m_search.c_str(),
+                                         static_cast<unsigned long long>(m_curve->Now() - m_start), z,
+                                         text.c_str()));
+}
+
+std::string SearchRecord::Beginning(int pass, int step, double z) const {
+    return m_started + Formatted(",%d,%s,%d,%d,%llu,%.3f,", m_number, m_search.c_str(), pass, step,
+                                 static_cast<unsigned long long>(m_curve->Now() - m_start), z);
+}
+
+} // namespace tessaro

@@ -3,14 +3,18 @@
 #include "app/program.h"
 #include "app/program_options.h"
 #include "app/stage_choice.h"
+#include "focus/focus_curve.h"
 #include "platform/posix/standard_streams.h"
 #include "platform/qt/qt_user_interface.h"
 
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <fstream>
 #include <memory>
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
@@ -31,6 +35,13 @@ int Refuse(const tessaro::OptionError& error) {
     return usageError;
 }
 
+/// What is in the file stays; the position is its end.
+bool OpenToAppend(const std::string& name, std::ofstream& file) {
+    file.open(name, std::ios::app);
+    file.seekp(0, std::ios::end);
+    return file.good();
+}
+
 int Start(std::span<const std::string_view> arguments) {
     using namespace tessaro;
     const auto parsed = ParseProgramOptions(arguments);
@@ -45,10 +56,19 @@ int Start(std::span<const std::string_view> arguments) {
     const auto cameras = ChooseCameras(options);
     if (const auto* error = std::get_if<OptionError>(&cameras))
         return Refuse(*error);
+    std::ofstream curveFile;
+    if (!options.focusCurve.empty() && !OpenToAppend(options.focusCurve, curveFile))
+        return Refuse({"--focus-curve: '" + options.focusCurve + "' cannot be written"});
     QtUserInterface ui;
+    std::optional<FocusCurve> curve;
+    if (curveFile.is_open())
+        curve.emplace(curveFile, ui.Adapters().clock, curveFile.tellp() == 0);
+    if (options.focusSpeed.has_value())
+        ProgramGlobals().focusControl.focusSpeed = *options.focusSpeed;
     const std::unique_ptr<SerialPorts> serial = ChooseSerialPorts(options);
     return RunProgram(ProgramGlobals(), ui.Adapters(),
-                      {*std::get<std::unique_ptr<CameraRuntime>>(cameras), *serial});
+                      {*std::get<std::unique_ptr<CameraRuntime>>(cameras), *serial},
+                      curve.has_value() ? &*curve : nullptr);
 }
 
 } // namespace

@@ -18,8 +18,8 @@ constexpr std::uint32_t waitAfterStageMs = 100;
 
 class Program {
 public:
-    Program(Globals& globals, const UserInterface& ui, const Devices& devices)
-        : m_globals(globals), m_services(globals, ui, devices), m_operations(m_services),
+    Program(Globals& globals, const UserInterface& ui, const Devices& devices, FocusCurve* focusCurve)
+        : m_globals(globals), m_services(globals, ui, devices, focusCurve), m_operations(m_services),
           m_mainWindow(m_operations, globals.mainWindow) {}
 
     int Run() {
@@ -116,8 +116,8 @@ private:
 
 } // namespace
 
-int RunProgram(Globals& globals, const UserInterface& ui, const Devices& devices) {
-    return Program(globals, ui, devices).Run();
+int RunProgram(Globals& globals, const UserInterface& ui, const Devices& devices, FocusCurve* focusCurve) {
+    return Program(globals, ui, devices, focusCurve).Run();
 }
 
 } // namespace tessaro

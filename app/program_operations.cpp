@@ -149,7 +149,9 @@ void ProgramOperations::MoveToScanOrigin() {
     m_services.stageMotion.MoveXY(m_globals.scan.originX, m_globals.scan.originY);
 }
 
-void ProgramOperations::FineFocus() {}
+void ProgramOperations::FineFocus() {
+    m_services.autoFocus.FineFocus(m_services.autoFocus.Hint(), 1);
+}
 
 void ProgramOperations::RunScan() {}
 

@@ -5,8 +5,8 @@
 
 namespace tessaro {
 
-/// The operations of the main window, done. Those of focusing, scanning and of the contrast dialog do
-/// nothing until these are there.
+/// The operations of the main window, done. Those of scanning and of the contrast dialog do nothing until
+/// these are there.
 class ProgramOperations : public Operations {
 public:
     explicit ProgramOperations(Services& services) : m_services(services), m_globals(services.globals) {}

@@ -1,43 +1,65 @@
 #include "app/program_options.h"
 
+#include "app/number_text.h"
+
 #include <array>
 #include <optional>
 
 namespace tessaro {
 namespace {
 
-using Check = std::optional<OptionError> (*)(std::string_view value);
+constexpr std::int32_t fastestFocusSpeed = 5000; // of the stage
 
-/// An option with a value, and what it may be.
+using Taken = std::optional<OptionError>; // nothing: the value is taken
+
+/// An option with a value.
 struct ValueOption {
     std::string_view name;
-    std::string ProgramOptions::*value;
-    Check check;
+    Taken (*take)(std::string_view value, ProgramOptions& options);
 };
 
-std::optional<OptionError> CheckCamera(std::string_view value) {
+Taken TakeText(std::string_view option, std::string_view value, std::string& text) {
     if (value.empty())
-        return OptionError{"--camera needs a value"};
+        return OptionError{std::string(option) + " needs a value"};
+    text = value;
     return std::nullopt;
 }
 
-std::optional<OptionError> CheckCameraRuntime(std::string_view value) {
-    if (value == "pylon" || value == "aravis")
-        return std::nullopt;
-    return OptionError{"--camera-runtime: only 'pylon' and 'aravis' are known, not '" + std::string(value) +
-                       "'"};
+Taken TakeCamera(std::string_view value, ProgramOptions& options) {
+    return TakeText("--camera", value, options.camera);
 }
 
-std::optional<OptionError> CheckStagePort(std::string_view value) {
-    if (value.empty())
-        return OptionError{"--stage-port needs a value"};
+Taken TakeCameraRuntime(std::string_view value, ProgramOptions& options) {
+    if (value != "pylon" && value != "aravis")
+        return OptionError{"--camera-runtime: only 'pylon' and 'aravis' are known, not '" +
+                           std::string(value) + "'"};
+    options.cameraRuntime = value;
     return std::nullopt;
 }
 
-constexpr std::array<ValueOption, 3> valueOptions = {
-    {{"--camera", &ProgramOptions::camera, CheckCamera},
-     {"--camera-runtime", &ProgramOptions::cameraRuntime, CheckCameraRuntime},
-     {"--stage-port", &ProgramOptions::stagePort, CheckStagePort}}};
+Taken TakeStagePort(std::string_view value, ProgramOptions& options) {
+    return TakeText("--stage-port", value, options.stagePort);
+}
+
+Taken TakeFocusCurve(std::string_view value, ProgramOptions& options) {
+    return TakeText("--focus-curve", value, options.focusCurve);
+}
+
+Taken TakeFocusSpeed(std::string_view value, ProgramOptions& options) {
+    std::int32_t speed = 0;
+    std::string_view rest = value;
+    if (!TakeNumber(rest, speed) || !rest.empty() || speed < 1 || speed > fastestFocusSpeed)
+        return OptionError{"--focus-speed: a whole number of um/s from 1 to 5000 is needed, not '" +
+                           std::string(value) + "'"};
+    options.focusSpeed = speed;
+    return std::nullopt;
+}
+
+constexpr std::array<ValueOption, 5> valueOptions = {{{"--camera", TakeCamera},
+                                                      {"--camera-runtime", TakeCameraRuntime},
+                                                      {"--stage-port", TakeStagePort},
+                                                      {"--focus-curve", TakeFocusCurve},
+                                                      {"--focus-speed", TakeFocusSpeed}}};
 
 const ValueOption* FindValueOption(std::string_view name) {
     for (const ValueOption& option : valueOptions)
@@ -63,9 +85,8 @@ std::variant<ProgramOptions, OptionError> ParseProgramOptions(std::span<const st
                 return OptionError{std::string(name) + " needs a value"};
             const std::string_view value =
                 equals == std::string_view::npos ? arguments[++i] : argument.substr(equals + 1);
-            if (const auto error = option->check(value))
+            if (const auto error = option->take(value, options))
                 return *error;
-            options.*(option->value) = value;
         } else {
             return OptionError{"unknown argument '" + std::string(argument) + "'"};
         }
@@ -87,6 +108,10 @@ std::string_view ProgramHelp() {
            "                            number, the first that is there; with 'none' none is opened, and "
            "the\n"
            "                            stage is simulated\n"
+           "  --focus-curve FILE        what each step of focusing saw is added to this file, for a plot:\n"
+           "                            comma-separated values with the Z, the score and the focus value\n"
+           "  --focus-speed UM_PER_S    the speed at which Z goes down in coarse focusing, 1 to 5000\n"
+           "                            (200); a camera with fewer frames a second wants less\n"
            "  --help                    show this text\n"
            "  --version                 show the version\n"
            "\n"

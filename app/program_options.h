@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -11,9 +13,11 @@ namespace tessaro {
 struct ProgramOptions {
     bool help = false;
     bool version = false;
-    std::string camera;        // identity or address, "none"; empty: the first one found
-    std::string cameraRuntime; // "pylon", "aravis"; empty: the usual one
-    std::string stagePort;     // path, "none"; empty: that of the number in the settings
+    std::string camera;                     // identity or address, "none"; empty: the first one found
+    std::string cameraRuntime;              // "pylon", "aravis"; empty: the usual one
+    std::string stagePort;                  // path, "none"; empty: that of the number in the settings
+    std::string focusCurve;                 // a file; empty: not wanted
+    std::optional<std::int32_t> focusSpeed; // um/s, 1 to 5000; not given: the usual one
 };
 
 /// The value of --camera and --stage-port that asks for no device.

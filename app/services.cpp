@@ -4,7 +4,7 @@
 
 namespace tessaro {
 
-Services::Services(Globals& g, UserInterface adapters, Devices devices)
+Services::Services(Globals& g, UserInterface adapters, Devices devices, FocusCurve* focusCurve)
     : globals(g), ui(adapters), status(ui.dialogs, g.windows, g.stage, g.shownPosition),
       liveView(g.liveTimer, ui.messages, g.windows),
       pump(ui.clock, ui.messages, ui.boxes, liveView, status, g.scan, g.stage, g.windows),
@@ -12,8 +12,12 @@ Services::Services(Globals& g, UserInterface adapters, Devices devices)
       camera(g.camera, devices.cameras, status, pump, ui.clock, std::cout),
       screen(g.screen, ui.drawing, ui.windows, g.windows, status, pump),
       images(g.folders, ui.folders, ui.pictures, ui.clock, screen, ui.drawing, g.windows, status, g.stage),
-      focusMeter(g.measured, g.focusValue, status), analysisStatus(status),
-      controlPanel({ui.dialogs, g.windows, g.settings, g.focusControl, g.stage, stageMotion, status}),
+      focusMeter(g.measured, g.focusValue, status),
+      focusView(camera, screen, focusMeter, g.frame, g.measured),
+      autoFocus({focusView, g.focusControl, g.focusValue, g.scan, g.stage, stageMotion, pump, liveView,
+                 g.liveTimer, status, ui.boxes, g.windows, focusCurve}),
+      analysisStatus(status), controlPanel({ui.dialogs, g.windows, g.settings, g.focusControl, g.scan,
+                                            g.stage, stageMotion, autoFocus, status}),
       aboutBox(ui.dialogs), motorController(ui.windows, ui.drawing, g.windows, liveView, g.liveTimer,
                                             stageMotion, status, pump, [this] { RefreshView(); }),
       portDialog(ui.dialogs, g.windows, g.stage, [this] { camera.InitializeCamera(); }),

@@ -8,7 +8,9 @@
 #include "app/message_pump.h"
 #include "app/status_lines.h"
 #include "camera/camera.h"
+#include "focus/auto_focus.h"
 #include "focus/focus_meter.h"
+#include "focus/focus_on_field.h"
 #include "imaging/image_files.h"
 #include "imaging/screen_view.h"
 #include "platform/devices.h"
@@ -23,7 +25,7 @@ namespace tessaro {
 
 /// Everything that acts on the globals, put together on one set of adapters.
 struct Services {
-    Services(Globals& g, UserInterface adapters, Devices devices);
+    Services(Globals& g, UserInterface adapters, Devices devices, FocusCurve* focusCurve = nullptr);
     Services(const Services&) = delete;
     Services& operator=(const Services&) = delete;
 
@@ -37,6 +39,8 @@ struct Services {
     Screen screen;
     ImageFiles images;
     FocusMeter focusMeter;
+    FocusOnField focusView;
+    AutoFocus autoFocus;
     PanelStatus analysisStatus;
     ControlPanel controlPanel;
     AboutBox aboutBox;

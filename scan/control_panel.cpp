@@ -1,10 +1,18 @@
 #include "scan/control_panel.h"
 
 #include "app/dialog_numbers.h"
+#include "app/number_text.h"
 #include "app/resource_ids.h"
 #include "scan/control_panel_ids.h"
 
 namespace tessaro {
+namespace {
+
+constexpr std::int32_t coarseRangeUm = 2000;
+constexpr std::int32_t fineRangeUm = 1000;
+constexpr std::int32_t umPerMm = 1000;
+
+} // namespace
 
 void ControlPanel::Open(WindowHandle owner) {
     if (m_reach.windows.controlPanel != WindowHandle::None)
@@ -38,6 +46,15 @@ void ControlPanel::Command(WindowHandle dialog, int controlId, [[maybe_unused]] 
     case panel::move:
         MoveToTargets(dialog);
         break;
+    case panel::coarse:
+        m_reach.autoFocus.CoarseFocus(m_reach.autoFocus.Hint(), coarseRangeUm, m_reach.focus.focusSpeed);
+        break;
+    case panel::fine:
+        m_reach.autoFocus.CoarseFocus(m_reach.autoFocus.Hint(), fineRangeUm, m_reach.focus.focusSpeed / 2);
+        break;
+    case panel::autoFocus:
+        FocusHere(dialog);
+        break;
     case commandCancel:
         Close();
         break;
@@ -60,6 +77,33 @@ void ControlPanel::MoveToTargets(WindowHandle dialog) {
 
 std::optional<std::int32_t> ControlPanel::Target(WindowHandle dialog, int controlId) {
     return TypedInteger(m_reach.dialogs, dialog, controlId, longNumberBytes);
+}
+
+void ControlPanel::FocusHere(WindowHandle dialog) {
+    m_reach.autoFocus.FineFocus(m_reach.autoFocus.Hint(), 1);
+    RecordDepth(dialog);
+}
+
+/// The focus heights that the tilt is worked out from fill themselves in, one at each of the three places.
+void ControlPanel::RecordDepth(WindowHandle dialog) {
+    m_reach.status.ShowStagePosition();
+    const auto at = [this](int axis) {
+        return std::int64_t{TruncatedToInt32(m_reach.stage.position[static_cast<std::size_t>(axis)])};
+    };
+    ScanState& scan = m_reach.scan;
+    const std::int64_t farX = scan.originX + std::int64_t{m_reach.settings.xRange} * umPerMm;
+    const std::int64_t farY = scan.originY + std::int64_t{m_reach.settings.yRange} * umPerMm;
+    const auto record = [&](std::int32_t& depth, int box) {
+        depth = static_cast<std::int32_t>(at(axisZ));
+        ShowInteger(m_reach.dialogs, dialog, box, depth);
+    };
+    if (at(axisX) == scan.originX && at(axisY) == scan.originY)
+        record(scan.zOrigin, panel::depthAtOrigin);
+    else if (at(axisX) == farX && at(axisY) == scan.originY)
+        record(scan.zXmax, panel::depthAtFarX);
+    else if (at(axisX) == scan.originX && at(axisY) == farY)
+        record(scan.zYmax, panel::depthAtFarY);
+    m_panelBusy = 0;
 }
 
 } // namespace tessaro

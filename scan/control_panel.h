@@ -3,8 +3,10 @@
 #include "app/program_windows.h"
 #include "app/settings.h"
 #include "app/status_lines.h"
+#include "focus/auto_focus.h"
 #include "platform/dialogs.h"
 #include "scan/focus_control.h"
+#include "scan/scan_state.h"
 #include "stage/stage_motion.h"
 
 #include <cstdint>
@@ -21,8 +23,10 @@ public:
         ProgramWindows& windows;
         Settings& settings;
         FocusControl& focus;
+        ScanState& scan;
         StageLink& stage;
         StageMotion& motion;
+        AutoFocus& autoFocus;
         StatusLines& status;
     };
 
@@ -43,8 +47,11 @@ private:
     void ShowRangesIn(WindowHandle dialog);
     void MoveToTargets(WindowHandle dialog);
     std::optional<std::int32_t> Target(WindowHandle dialog, int controlId);
+    void FocusHere(WindowHandle dialog);
+    void RecordDepth(WindowHandle dialog);
 
     Reach m_reach;
+    std::int32_t m_panelBusy = 0; // a move by one of the buttons is in progress
 };
 
 } // namespace tessaro

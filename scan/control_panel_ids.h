@@ -21,6 +21,12 @@ inline constexpr int targetX = 1002;
 inline constexpr int targetY = 1021;
 inline constexpr int targetZ = 1022;
 inline constexpr int move = 1027;
+inline constexpr int depthAtOrigin = 1019; // um of Z
+inline constexpr int depthAtFarX = 1017;
+inline constexpr int depthAtFarY = 1018;
+inline constexpr int coarse = 1016;
+inline constexpr int fine = 1024; // a coarse search over half the range
+inline constexpr int autoFocus = 1023;
 } // namespace panel
 
 } // namespace tessaro

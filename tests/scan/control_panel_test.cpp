@@ -1,5 +1,6 @@
 #include "scan/control_panel.h"
 #include "support/arriving_port.h"
+#include "support/scripted_focus_view.h"
 #include "support/shell_fixture.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +30,11 @@ protected:
     Settings settings;
     FocusControl focus;
     StageMotion motion{stage, pump, status, ui.clock};
-    ControlPanel panel{{dialogs, windows, settings, focus, stage, motion, status}};
+    float focusValue = 10.0F;
+    ScriptedFocusView view{focusValue};
+    AutoFocus autoFocus{
+        {view, focus, focusValue, scan, stage, motion, pump, liveView, liveTimer, status, ui.boxes, windows}};
+    ControlPanel panel{{dialogs, windows, settings, focus, scan, stage, motion, autoFocus, status}};
 };
 
 TEST_F(ControlPanelTest, IsDialog137ShownBesideItsOwner) {

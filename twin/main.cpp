@@ -83,6 +83,7 @@ ExitCode Serve(const TwinOptions& options, const Wafer& wafer) {
     service.stage = {.position = StartPosition(options, wafer),
                      .limits = options.limits,
                      .timeFactor = options.timeFactor,
+                     .progressAxes = options.progressAxes,
                      .linkPath = options.stageLink,
                      .logPath = options.stageLog};
     service.cameraAddress = options.cameraAddress;

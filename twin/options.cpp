@@ -20,6 +20,8 @@ constexpr double steepestTilt = 1.0;
 constexpr double slowestMotion = 0.01;
 constexpr double fastestMotion = 1000.0;
 constexpr std::size_t longestSerialNumber = 15; // bytes, as GigE Vision has it
+constexpr std::string_view axisLetters = "XYZ";
+constexpr std::string_view noAxes = "none";
 constexpr std::string_view faultOption = "--fault";
 
 constexpr std::string_view helpText =
@@ -47,6 +49,8 @@ constexpr std::string_view helpText =
     "                        between which places the stage goes, in um (default: 110000 in X and Y\n"
     "                        and 3000 in Z to both sides of where it stands at first)\n"
     "  --time-factor F       the stage moves so many times as fast; 0.01 to 1000 (default 1)\n"
+    "  --progress AXES       the axes that tell on their way where they are: X, Y and Z, in any order, or\n"
+    "                        none (default XY)\n"
     "  --serial-number NAME  the camera's, up to 15 bytes (default TWIN01)\n"
     "  --fault NAME[=ARG]    start with this fault; may be given several times: camera-gone,\n"
     "                        lost-packets[=SHARE], frame-size[=WIDTHxHEIGHT], endless-automatic,\n"
@@ -96,6 +100,20 @@ bool TakePosition(std::string_view value, TwinOptions& options) {
         return false;
     options.at = StagePosition{at[0], at[1], at[2]};
     return true;
+}
+
+/// Letters of axes, each once, or "none".
+bool TakeProgress(std::string_view value, TwinOptions& options) {
+    options.progressAxes = {};
+    if (value == noAxes)
+        return true;
+    for (const char letter : value) {
+        const std::size_t axis = axisLetters.find(letter);
+        if (axis == std::string_view::npos || options.progressAxes[axis])
+            return false;
+        options.progressAxes[axis] = true;
+    }
+    return !value.empty();
 }
 
 bool TakeSerialNumber(std::string_view value, TwinOptions& options) {
@@ -162,6 +180,7 @@ constexpr std::array valueOptions = {
                 [](std::string_view value, TwinOptions& options) {
                     return ReadNumber(value, slowestMotion, fastestMotion, options.timeFactor);
                 }},
+    ValueOption{"--progress", TakeProgress},
     ValueOption{"--serial-number", TakeSerialNumber},
     ValueOption{faultOption, [](std::string_view, TwinOptions&) { return true; }},
     ValueOption{"--control", [](std::string_view value,

@@ -3,6 +3,7 @@
 #include "twin/sensor_renderer.h"
 #include "twin/service/fault.h"
 #include "twin/stage/stage_axes.h"
+#include "twin/stage/stage_controller.h"
 #include "twin/wafer.h"
 
 #include <optional>
@@ -25,6 +26,7 @@ struct TwinOptions {
     std::string stageLog;              // empty: none
     std::optional<StageLimits> limits; // not given: the usual ones
     double timeFactor = 1.0;
+    ProgressAxes progressAxes = usualProgressAxes;
     std::string serialNumber = "TWIN01";
     std::vector<Fault> faults;
     std::string controlSocket; // empty: none

@@ -41,6 +41,7 @@ TEST(TwinOptions, AreOfASmallWaferOfGrapheneUnlessToldOtherwise) {
     EXPECT_EQ(options.stageLog, "");
     EXPECT_FALSE(options.limits.has_value());
     EXPECT_EQ(options.timeFactor, 1.0);
+    EXPECT_EQ(options.progressAxes, (ProgressAxes{true, true, false}));
 }
 
 TEST(TwinOptions, AllAreTaken) {
@@ -79,6 +80,8 @@ TEST(TwinOptions, AllAreTaken) {
                                           "-1:2,-3:4.5,-5:6",
                                           "--time-factor",
                                           "2.5",
+                                          "--progress",
+                                          "ZX",
                                           "--quiet"});
     EXPECT_EQ(options.wafer.seed, 18446744073709551615U);
     EXPECT_EQ(options.wafer.sideMm, 2.5);
@@ -103,8 +106,10 @@ TEST(TwinOptions, AllAreTaken) {
     EXPECT_EQ(options.limits->low, (StagePosition{-1.0, -3.0, -5.0}));
     EXPECT_EQ(options.limits->high, (StagePosition{2.0, 4.5, 6.0}));
     EXPECT_EQ(options.timeFactor, 2.5);
+    EXPECT_EQ(options.progressAxes, (ProgressAxes{true, false, true}));
     EXPECT_TRUE(options.quiet);
     EXPECT_EQ(Accepted({"--material", "tmdc"}).wafer.material, Material::tmdc);
+    EXPECT_EQ(Accepted({"--progress=none"}).progressAxes, ProgressAxes());
     EXPECT_EQ(Accepted({"--substrate", "sapphire"}).wafer.substrate, Substrate::sapphire);
     EXPECT_TRUE(Accepted({"--help"}).help);
     EXPECT_TRUE(Accepted({"--version"}).version);
@@ -138,6 +143,8 @@ TEST(TwinOptions, RefuseWhatIsNoValue) {
     for (const char* factor : {"0", "0.009", "1001", "-1", "fast", "nan"})
         EXPECT_EQ(Reason({"--time-factor", factor}),
                   "'" + std::string(factor) + "' is no value for --time-factor");
+    for (const char* axes : {"", "XX", "XYZX", "xy", "X,Y", "Xnone", "noneZ", "None", "1", " X"})
+        EXPECT_EQ(Reason({"--progress", axes}), "'" + std::string(axes) + "' is no value for --progress");
     EXPECT_EQ(Reason({"--stage-link="}), "'' is no value for --stage-link");
     EXPECT_EQ(Reason({"--stage-log="}), "'' is no value for --stage-log");
     EXPECT_EQ(Reason({"--truth="}), "'' is no value for --truth");
@@ -182,6 +189,7 @@ TEST(TwinOptions, HelpNamesEveryOption) {
                                         "--stage-log",
                                         "--limits",
                                         "--time-factor",
+                                        "--progress",
                                         "stage-silent",
                                         "stage-no-arrival",
                                         "stage-garbled",

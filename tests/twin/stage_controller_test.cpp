@@ -10,6 +10,7 @@ using Texts = std::vector<std::string>;
 
 constexpr double byteTime = 10.0 / 9600.0;
 constexpr double rounding = 1e-6;
+constexpr ProgressAxes allAxes = {true, true, true};
 
 /// Without the progress on the way.
 Texts WithoutProgress(const Texts& texts) {
@@ -51,7 +52,7 @@ TEST(StageController, TellsTheProgressEvery50MsAndTheArrival) {
 TEST(StageController, UsesTheLettersOfEachAxis) {
     for (const auto& [move, progress, arrival] :
          {std::tuple{"m-1200", 'p', "X"}, std::tuple{"M-1600", 'P', "Y"}, std::tuple{"L-1600", 'Q', "Z"}}) {
-        VirtualLine line;
+        VirtualLine line(1.0, allAxes);
         line.Send({move});
         const Texts texts = line.TextsUntilSilence();
         ASSERT_GT(texts.size(), 10U);
@@ -59,6 +60,30 @@ TEST(StageController, UsesTheLettersOfEachAxis) {
             EXPECT_EQ(texts[i].substr(0, 2), std::string(1, progress) + "-");
         EXPECT_EQ(texts.back(), arrival);
     }
+}
+
+TEST(StageController, GoesSilentlyAlongZButAnswersAndTellsTheArrival) {
+    VirtualLine line;
+    line.Send({"L-1600"});
+    line.RunFor(0.5);
+    EXPECT_EQ(line.Texts(), Texts{});
+    line.Send({"Q"});
+    line.RunFor(0.05);
+    ASSERT_EQ(line.heard.size(), 1U);
+    EXPECT_LT(std::stoi(line.heard[0].text), -900) << "the position alone: 2400 steps/s for some 0.43 s";
+    EXPECT_EQ(line.TextsUntilSilence(), Texts{"Z"});
+}
+
+TEST(StageController, TellsTheProgressOfTheChosenAxesOnly) {
+    VirtualLine mute(1.0, {false, false, false});
+    mute.Send({"m-1600", "M-800", "L400"});
+    EXPECT_EQ(mute.TextsUntilSilence(), (Texts{"Z", "Y", "X"}));
+    VirtualLine onlyZ(1.0, {false, false, true});
+    onlyZ.Send({"m-1600", "M-1600", "L-1600"});
+    const Texts texts = onlyZ.TextsUntilSilence();
+    ASSERT_GT(texts.size(), 13U);
+    for (std::size_t i = 0; i + 3 < texts.size(); ++i)
+        EXPECT_EQ(texts[i].substr(0, 2), "Q-");
 }
 
 TEST(StageController, HasASpeedOf1500UmASecondAtFirst) {
@@ -173,7 +198,7 @@ TEST(StageController, AnswersOnTheWay) {
 }
 
 TEST(StageController, RepliesOfSeveralAxesNeverRunTogether) {
-    VirtualLine line;
+    VirtualLine line(1.0, allAxes);
     line.Send({"m-1600", "M-1600", "L-1600"});
     line.RunFor(0.2);
     line.Send({"p", "P", "Q", "p"});
@@ -195,7 +220,7 @@ TEST(StageController, TwoAxesKeepTheirPaceBesideEachOther) {
 }
 
 TEST(StageController, LetsNobodyWaitWhenThreeAxesMove) {
-    VirtualLine line;
+    VirtualLine line(1.0, allAxes);
     line.Send({"m-1600", "M-1600", "L-1600"});
     line.RunFor(0.7);
     for (const char letter : {'p', 'P', 'Q'})
@@ -223,7 +248,7 @@ TEST(StageController, AnswersNoMoreThanItCanRemember) {
 
 TEST(StageController, StandsAnyBytes) {
     ReproducibleRandom random(3);
-    VirtualLine line(50.0);
+    VirtualLine line(50.0, allAxes);
     const std::string likely("zpPQmMLsSTnNO0123456789-\0\0\0", 27);
     for (int burst = 0; burst < 300; ++burst) {
         std::string bytes;

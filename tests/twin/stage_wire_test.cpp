@@ -124,7 +124,7 @@ TEST(ReplyFaults, OtherAxisAnswersWhereTheNextAxisIs) {
 }
 
 TEST(ReplyFaults, OtherAxisChangesTheLetters) {
-    VirtualLine line;
+    VirtualLine line(1.0, {true, true, true});
     line.wire.Faults().otherAxis = true;
     EXPECT_EQ(Conversation(line), (Texts{"P20", "P80", "P160", "P240", "P320", "P388", "P418", "Y", "0"}));
     line.Send({"M16"});

@@ -22,9 +22,10 @@ struct HeardReply {
 /// A host at the other end of the wire, in a time of its own. The stage stands at (0, 0, 0) at first.
 class VirtualLine {
 public:
-    explicit VirtualLine(double timeFactor = 1.0)
+    explicit VirtualLine(double timeFactor = 1.0, const ProgressAxes& progressAxes = usualProgressAxes)
         : axes({}, {{-1000.0, -1000.0, -1000.0}, {5000.0, 5000.0, 5000.0}}, timeFactor),
-          controller(axes, [this](std::string_view text, double) { log.emplace_back(text); }),
+          controller(
+              axes, [this](std::string_view text, double) { log.emplace_back(text); }, progressAxes),
           wire(controller) {}
 
     /// Sends commands, each with its NUL, one right after the other. It takes until the last byte has come.

@@ -176,6 +176,16 @@ TEST_F(StageOnTwin, WaitsForOneWayWhenTheOtherAxisIsThereAlready) {
     EXPECT_TRUE(StandsAt(axisX, 900.0));
 }
 
+/// What coarse focusing counts on: it looks at frames while Z still travels.
+TEST_F(StageOnTwin, GivesUpALongWayAlongZWhileTheStageGoesOn) {
+    link.SetSpeed(axisZ, 100);
+    MoveTo(axisZ, -900.0); // 9 s
+    EXPECT_TRUE(SaysTimePassed()) << Progress();
+    EXPECT_TRUE(TwinStage::Moves(*twin));
+    EXPECT_GT(link.position[axisZ], -800.0) << "it knows where Z is on the way";
+    EXPECT_LT(link.position[axisZ], -100.0);
+}
+
 TEST_F(StageOnTwin, StopsAllAxesAtAClick) {
     messages.clickAfterTakes = 4;
     MoveTo(axisX, 30'000.0);

@@ -110,6 +110,23 @@ TEST_F(TwinStage, TellsTheWayThatTheCameraSees) {
     EXPECT_EQ(host.Ask("P"), "1600");
 }
 
+TEST_F(TwinStage, TellsNothingOnItsWayAlongZUnlessToldTo) {
+    {
+        RunningTwin twin(TESSARO_TWIN, With({}));
+        ASSERT_TRUE(twin.IsReady()) << twin.Errors();
+        const StageHost host(Link());
+        ASSERT_TRUE(host.Send("L-800"));
+        EXPECT_EQ(RepliesUntil(host, 'Z'), std::vector<std::string>{"Z"});
+    }
+    RunningTwin twin(TESSARO_TWIN, With({"--progress", "Z"}));
+    ASSERT_TRUE(twin.IsReady()) << twin.Errors();
+    const StageHost host(Link());
+    ASSERT_TRUE(host.Send("L-800"));
+    const std::vector<std::string> replies = RepliesUntil(host, 'Z');
+    ASSERT_GE(replies.size(), 3U) << "0.48 s on the way";
+    EXPECT_EQ(replies.front().substr(0, 2), "Q-");
+}
+
 TEST_F(TwinStage, IsAskedWhereItIsWhileItMoves) {
     RunningTwin twin(TESSARO_TWIN, With({"--limits", "-9000:9000,0:1000,-10:10"}));
     ASSERT_TRUE(twin.IsReady()) << twin.Errors();

@@ -44,7 +44,8 @@ std::string Printable(std::string_view text) {
 ServedStage::ServedStage(const ServedStageOptions& options)
     : m_limits(options.limits.value_or(UsualLimitsAround(options.position))), m_start(StageSeconds()),
       m_axes(options.position, m_limits, options.timeFactor),
-      m_controller(m_axes, [this](std::string_view text, double now) { Log(text, now); }),
+      m_controller(
+          m_axes, [this](std::string_view text, double now) { Log(text, now); }, options.progressAxes),
       m_wire(m_controller), m_line(m_wire, options.linkPath) {
     OpenLog(options.logPath);
 }

@@ -21,6 +21,7 @@ struct ServedStageOptions {
     StagePosition position;
     std::optional<StageLimits> limits; // none: the usual ones around the position
     double timeFactor = 1.0;
+    ProgressAxes progressAxes = usualProgressAxes;
     std::string linkPath; // empty: no link
     std::string logPath;  // empty: no log
 };

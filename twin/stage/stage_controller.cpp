@@ -17,7 +17,8 @@ constexpr double never = std::numeric_limits<double>::infinity();
 
 } // namespace
 
-StageController::StageController(StageAxes& axes, Log log) : m_axes(axes), m_log(std::move(log)) {}
+StageController::StageController(StageAxes& axes, Log log, const ProgressAxes& progressAxes)
+    : m_axes(axes), m_log(std::move(log)), m_progressAxes(progressAxes) {}
 
 void StageController::Receive(char byte, double now) {
     const std::optional<std::string> text = m_reader.Take(byte);
@@ -82,11 +83,11 @@ double StageController::ArrivalsDue() const {
     return isOwed ? due : never;
 }
 
-/// The axis whose progress is due first of those that will move then.
+/// The axis whose progress is due first of those that tell it and will move then.
 std::optional<std::size_t> StageController::NextProgress() const {
     std::optional<std::size_t> next;
     for (std::size_t axis = 0; axis < stageAxisCount; ++axis)
-        if (m_axes.MovesAt(axis, m_state[axis].progressDue) &&
+        if (m_progressAxes[axis] && m_axes.MovesAt(axis, m_state[axis].progressDue) &&
             (!next || m_state[axis].progressDue < m_state[*next].progressDue))
             next = axis;
     return next;

@@ -22,6 +22,14 @@ struct StageReply {
     std::string numberOfNextAxis = {}; // of an answer
 };
 
+/// The axes whose progress is told on the way: [X, Y, Z]. Answers and arrivals of the others are told all the
+/// same.
+using ProgressAxes = std::array<bool, stageAxisCount>;
+
+/// Z goes in silence: the host's wait for an arrival lasts as long as progress comes, and a search for the
+/// focus looks at frames while Z still travels.
+inline constexpr ProgressAxes usualProgressAxes = {true, true, false};
+
 /// The controller of the stage. It is given the bytes that come, is asked what it has to say when the line is
 /// free, and tells when that may be. Times are seconds, never going back.
 class StageController {
@@ -29,7 +37,7 @@ public:
     /// Told of the text of each command that came, whatever it is.
     using Log = std::function<void(std::string_view text, double now)>;
 
-    StageController(StageAxes& axes, Log log);
+    StageController(StageAxes& axes, Log log, const ProgressAxes& progressAxes = usualProgressAxes);
 
     void Receive(char byte, double now);
 
@@ -66,6 +74,7 @@ private:
 
     StageAxes& m_axes;
     Log m_log;
+    ProgressAxes m_progressAxes;
     StageCommandReader m_reader;
     std::array<Axis, stageAxisCount> m_state;
     std::deque<std::size_t> m_asked; // axes whose position is to be answered

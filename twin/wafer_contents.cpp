@@ -22,7 +22,9 @@ constexpr double clearanceUm = 7.0;
 constexpr AreaRangeUm2 singleLayerAreaUm2 = {40.0, 380.0};
 constexpr AreaRangeUm2 thickAreaUm2 = {60.0, 1500.0};
 constexpr AreaRangeUm2 bulkAreaUm2 = {200.0, 6000.0};
+constexpr AreaRangeUm2 thickPieceAreaUm2 = {3000.0, 16000.0};
 constexpr double singleLayerShare = 0.4;
+constexpr double thickPiecesPerFlake = 8.0 / 60.0; // beside the flakes
 
 constexpr double residueEdgeUm = 2.8;
 constexpr double dustEdgeUm = 1.0;
@@ -94,16 +96,32 @@ const AreaRangeUm2& AreasOf(int layers) {
     return layers == bulkWaferLayers ? bulkAreaUm2 : thickAreaUm2;
 }
 
+/// False when it finds no room.
+bool PlaceFlake(const AreaRangeUm2& areas, int layers, Ground& ground, ReproducibleRandom& random,
+                WaferContents& contents) {
+    std::optional<Outline> outline = PlacedOutline(
+        triesToPlace, [&] { return RandomOutline(RandomArea(areas, random), random); }, ground);
+    if (outline)
+        contents.flakes.push_back({.outline = std::move(*outline), .layers = layers});
+    return outline.has_value();
+}
+
 void PlaceFlakes(std::size_t count, Ground& ground, ReproducibleRandom& random, WaferContents& contents) {
     int failures = 0;
     for (std::size_t flake = 0; flake < count && failures < failuresWhenFull; ++flake) {
         const int layers = random.Chance(singleLayerShare) ? 1 : RandomThickLayers(bulkWaferLayers, random);
-        std::optional<Outline> outline = PlacedOutline(
-            triesToPlace, [&] { return RandomOutline(RandomArea(AreasOf(layers), random), random); }, ground);
-        failures = outline ? 0 : failures + 1;
-        if (outline)
-            contents.flakes.push_back({.outline = std::move(*outline), .layers = layers});
+        failures = PlaceFlake(AreasOf(layers), layers, ground, random, contents) ? 0 : failures + 1;
     }
+}
+
+/// What tape leaves besides flakes. Without such pieces a field would be little but bare substrate: the
+/// deviation, by which the focus value is measured, would be far below that of a real field.
+void PlaceThickPieces(std::size_t count, Ground& ground, ReproducibleRandom& random,
+                      WaferContents& contents) {
+    int failures = 0;
+    for (std::size_t piece = 0; piece < count && failures < failuresWhenFull; ++piece)
+        failures =
+            PlaceFlake(thickPieceAreaUm2, bulkWaferLayers, ground, random, contents) ? 0 : failures + 1;
 }
 
 void PlaceResidues(std::size_t count, Ground& ground, ReproducibleRandom& random, WaferContents& contents) {
@@ -179,9 +197,12 @@ WaferContents RandomContents(const WaferOptions& options) {
     Ground ground(sideUm, random);
     WaferContents contents;
     PlaceFlakes(Count(options.flakesPerMm2, options.sideMm), ground, random, contents);
+    Ground flakesOnly = ground;
     PlaceResidues(Count(options.residuesPerMm2, options.sideMm), ground, random, contents);
     PlaceDustSpecks(Count(options.dustSpecksPerMm2, options.sideMm), ground, random, contents);
     PlaceScratches(Count(options.scratchesPerMm2, options.sideMm), sideUm, ground, random, contents);
+    PlaceThickPieces(Count(options.flakesPerMm2 * thickPiecesPerFlake, options.sideMm), flakesOnly, random,
+                     contents);
     return contents;
 }
 

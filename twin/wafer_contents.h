@@ -56,6 +56,7 @@ struct WaferContents {
 
 /// Flakes of 40 um^2 or more, small ones more often than large ones, and what else lies on a wafer, none of
 /// it touching or coming near a flake. What finds no room is left out. The same options, the same contents.
+/// Large thick pieces come last and among the flakes; what else there is may lie on them.
 WaferContents RandomContents(const WaferOptions& options);
 
 } // namespace tessaro

@@ -31,7 +31,7 @@ TEST(Wafer, HoldsAsManyFlakesAsItsSizeAndDensityAskFor) {
     WaferOptions options;
     options.sideMm = 2.5;
     options.flakesPerMm2 = 40.0;
-    EXPECT_EQ(Wafer(options).Flakes().size(), 250U);
+    EXPECT_EQ(Wafer(options).Flakes().size(), 250U + 33U) << "and 2 thick pieces for 15 flakes";
     options.flakesPerMm2 = 0.0;
     EXPECT_TRUE(Wafer(options).Flakes().empty());
 }
@@ -64,7 +64,23 @@ TEST(Wafer, SingleLayersAreNoneThatTheAnalysisTakesForSubstrate) {
     }
 }
 
-TEST(Wafer, NothingComesNearAFlake) {
+/// Smaller bulk flakes keep their distance like all others.
+bool IsThickPiece(const WaferFlake& flake) {
+    return flake.layers == bulkWaferLayers && flake.AreaUm2() > 6000.0;
+}
+
+TEST(Wafer, IsCoveredByThickPiecesToSomeHundredths) {
+    const Wafer wafer{WaferOptions()};
+    double area = 0.0;
+    for (const WaferFlake& flake : wafer.Flakes()) {
+        EXPECT_LE(flake.AreaUm2(), 16'000.0 + 1e-6);
+        area += IsThickPiece(flake) ? flake.AreaUm2() : 0.0;
+    }
+    EXPECT_GT(area / (wafer.SideUm() * wafer.SideUm()), 0.015);
+    EXPECT_LT(area / (wafer.SideUm() * wafer.SideUm()), 0.08);
+}
+
+TEST(Wafer, NothingButDirtOnThickPiecesComesNearAFlake) {
     const WaferContents contents = RandomContents(SmallWafer());
     const std::vector<WaferFlake>& flakes = contents.flakes;
     ASSERT_GE(contents.stains.size(), 60U);
@@ -73,6 +89,8 @@ TEST(Wafer, NothingComesNearAFlake) {
         for (std::size_t other = flake + 1; other < flakes.size(); ++other)
             for (const Vertex& corner : flakes[other].outline)
                 EXPECT_GT(SignedDistance(corner, flakes[flake].outline), 6.9);
+        if (flake >= 60)
+            continue; // thick pieces, the last of them all
         for (const WaferStain& stain : contents.stains)
             for (const Disc& disc : stain.discs)
                 EXPECT_GT(SignedDistance(disc.centre, flakes[flake].outline) - disc.radius, 6.9);

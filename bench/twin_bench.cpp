@@ -47,6 +47,22 @@ BENCHMARK(FrameInMotion)
     ->Arg(10'000)
     ->Unit(benchmark::kMillisecond);
 
+/// Every frame at another place in focus; the argument is the tilt along X and Y, in um per mm.
+void TiltedFrame(benchmark::State& state) {
+    WaferOptions options;
+    const double tilt = static_cast<double>(state.range(0)) / 1000.0;
+    options.tiltUmPerUm = {tilt, tilt};
+    const Wafer wafer{options};
+    SensorRenderer renderer(wafer);
+    std::vector<std::uint8_t> mosaic(twinMosaicBytes);
+    double x = 1000.0;
+    for ([[maybe_unused]] auto turn : state) {
+        x += 0.5;
+        renderer.Render({x, 2000.0, wafer.FocusZ(x, 2000.0)}, {}, 1, mosaic);
+    }
+}
+BENCHMARK(TiltedFrame)->Arg(2)->Arg(5)->Arg(10)->Arg(50)->Arg(1000)->Unit(benchmark::kMillisecond);
+
 /// The stage goes at 1500 um/s; the argument is the exposure time in ms.
 void SmearedFrame(benchmark::State& state) {
     const Wafer wafer{WaferOptions()};

@@ -9,21 +9,38 @@
 namespace tessaro {
 namespace {
 
-constexpr double blurUmPerUm = 0.3;
-constexpr double sharpPixels = 0.05; // no eye and no measure sees less
+// Where the light comes from all angles, the image of a point is near a Gaussian of this deviation.
+constexpr double diffractionUm = 0.21 * wavelengthUm / numericalAperture;
+
+// What differs by less within a tile, in the distance to the focus, looks alike.
+constexpr double tileStepUm = 0.5;
+constexpr double tileStepShare = 0.1; // of the distance, where that is more
+constexpr int mostTilesPerSide = 16;
+
 constexpr double reducedSigma = 1.5; // samples; from twice this on, half as many samples do
 constexpr double kernelReach = 3.0;  // standard deviations
 constexpr double enlargingVariance =
     0.25; // squared samples that averaging into samples and lines between them blur
 
-/// Where a sample of the frame lies between two samples of the plane along one axis.
+/// A point beside the focus shows as a disc, the section of its cone of light. A Gaussian with half the
+/// disc's radius has the same spread, and is blurred along rows and columns by themselves.
+double ConeUm(double distanceUm) {
+    static const double slope = std::tan(std::asin(numericalAperture));
+    return std::abs(distanceUm) * slope / 2.0;
+}
+
+int TileCount(double rise, double step) {
+    return static_cast<int>(std::clamp(std::ceil(rise / step), 1.0, double{mostTilesPerSide}));
+}
+
+/// Where a sample of the tile lies between two samples of the plane along one axis.
 struct Between {
     std::size_t first = 0;
     float share = 0.0F; // of the second
 };
 
-Between PlaceOf(int frameSample, const BlurPlan& plan) {
-    const double place = (frameSample + 0.5) / plan.reduction + plan.marginSamples - 0.5;
+Between PlaceOf(int tileSample, const BlurPlan& plan) {
+    const double place = (tileSample + 0.5) / plan.reduction + plan.marginSamples - 0.5;
     const double whole = std::floor(place);
     return {static_cast<std::size_t>(whole), static_cast<float>(place - whole)};
 }
@@ -41,12 +58,34 @@ void AddBoth(float weight, const float* one, const float* other, std::size_t cou
 } // namespace
 
 double BlurPixels(double distanceUm) {
-    return std::min(maximumBlurPixels, blurUmPerUm * framePixelsPerUm * std::abs(distanceUm));
+    return std::min(maximumBlurPixels, framePixelsPerUm * std::hypot(diffractionUm, ConeUm(distanceUm)));
+}
+
+std::vector<FrameTile> TilesOf(double distanceUm, Vertex tiltUmPerUm) {
+    const double riseAcross = std::abs(tiltUmPerUm.x) * frameWidth / framePixelsPerUm;
+    const double riseDown = std::abs(tiltUmPerUm.y) * frameHeight / framePixelsPerUm;
+    const double nearest = std::abs(distanceUm) - (riseAcross + riseDown) / 2.0; // in the frame
+    const double step = std::max(tileStepUm, tileStepShare * nearest);
+    const int columns = TileCount(riseAcross, step);
+    const int rows = TileCount(riseDown, step);
+    std::vector<FrameTile> tiles;
+    for (int row = 0; row < rows; ++row)
+        for (int column = 0; column < columns; ++column) {
+            const int left = frameWidth * column / columns;
+            const int top = frameHeight * row / rows;
+            FrameTile tile = {.left = left,
+                              .top = top,
+                              .width = frameWidth * (column + 1) / columns - left,
+                              .height = frameHeight * (row + 1) / rows - top};
+            const double right = (tile.left + tile.width / 2.0 - frameWidth / 2.0) / framePixelsPerUm;
+            const double up = (frameHeight / 2.0 - tile.top - tile.height / 2.0) / framePixelsPerUm;
+            tile.distanceUm = distanceUm - tiltUmPerUm.x * right - tiltUmPerUm.y * up;
+            tiles.push_back(tile);
+        }
+    return tiles;
 }
 
 BlurPlan PlanBlur(double blurPixels) {
-    if (!(blurPixels > sharpPixels))
-        return {};
     BlurPlan plan;
     while (blurPixels >= 2.0 * reducedSigma * plan.reduction)
         plan.reduction *= 2;
@@ -103,21 +142,26 @@ void GaussianBlur::BlurDown(std::size_t row, std::size_t columns, std::size_t ro
 }
 
 void EnlargeToFrame(const BlurPlan& plan, const std::vector<float>& plane, int planeWidth,
-                    std::span<float> frame) {
+                    const FrameTile& tile, std::span<float> frame) {
     const auto width = static_cast<std::size_t>(planeWidth);
+    float* target = frame.data() + tile.top * frameWidth + tile.left;
+    if (plan.reduction == 1) {
+        const float* source = plane.data() + (width + 1) * static_cast<std::size_t>(plan.marginSamples);
+        for (int row = 0; row < tile.height; ++row, source += width, target += frameWidth)
+            std::copy_n(source, tile.width, target);
+        return;
+    }
     std::vector<Between> columns;
-    for (int column = 0; column < frameWidth; ++column)
+    for (int column = 0; column < tile.width; ++column)
         columns.push_back(PlaceOf(column, plan));
-    std::vector<float> blended(width + 1);
-    for (int row = 0; row < frameHeight; ++row) {
+    std::vector<float> blended(width);
+    for (int row = 0; row < tile.height; ++row, target += frameWidth) {
         const Between rows = PlaceOf(row, plan);
         const float* const first = plane.data() + rows.first * width;
-        const float* const second = rows.share > 0.0F ? first + width : first;
+        const float* const second = first + width;
         for (std::size_t i = 0; i < width; ++i)
             blended[i] = first[i] + rows.share * (second[i] - first[i]);
-        blended[width] = blended[width - 1];
-        float* const target = frame.data() + static_cast<std::size_t>(row) * frameWidth;
-        for (std::size_t column = 0; column < frameWidth; ++column) {
+        for (std::size_t column = 0; column < columns.size(); ++column) {
             const Between& place = columns[column];
             target[column] =
                 blended[place.first] + place.share * (blended[place.first + 1] - blended[place.first]);

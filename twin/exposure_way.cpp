@@ -12,12 +12,19 @@ constexpr int measuredStretches = 4; // the stage may turn meanwhile
 constexpr double shortestStretchPixels = 10.5;
 constexpr int mostPlaces = 4;
 
-double LengthUm(double begin, double seconds, const std::function<StagePosition(double time)>& positionAt) {
-    double length = 0.0;
+struct WayLength {
+    double acrossUm = 0.0; // in X and Y
+    double alongZUm = 0.0;
+};
+
+WayLength LengthOf(double begin, double seconds,
+                   const std::function<StagePosition(double time)>& positionAt) {
+    WayLength length;
     StagePosition last = positionAt(begin);
     for (int i = 1; i <= measuredStretches; ++i) {
         const StagePosition next = positionAt(begin + seconds * i / measuredStretches);
-        length += std::hypot(next.x - last.x, next.y - last.y);
+        length.acrossUm += std::hypot(next.x - last.x, next.y - last.y);
+        length.alongZUm += std::abs(next.z - last.z);
         last = next;
     }
     return length;
@@ -27,14 +34,15 @@ double LengthUm(double begin, double seconds, const std::function<StagePosition(
 
 ExposureWay WayDuring(double beginSeconds, double seconds,
                       const std::function<StagePosition(double time)>& positionAt) {
-    const double length = LengthUm(beginSeconds, seconds, positionAt);
-    const double pixels = length * framePixelsPerUm;
+    const WayLength length = LengthOf(beginSeconds, seconds, positionAt);
+    const double pixels = length.acrossUm * framePixelsPerUm;
     const int count = static_cast<int>(std::clamp(pixels / shortestStretchPixels, 1.0, double{mostPlaces}));
     ExposureWay way;
     for (int i = 0; i < count; ++i)
         way.places.push_back(positionAt(beginSeconds + seconds * (i + 0.5) / count));
     if (pixels > 1.0)
-        way.stretchUm = length / count;
+        way.stretchUm = length.acrossUm / count;
+    way.stretchZUm = length.alongZUm / count;
     return way;
 }
 

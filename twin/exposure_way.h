@@ -12,6 +12,7 @@ namespace tessaro {
 struct ExposureWay {
     std::vector<StagePosition> places; // at least one
     double stretchUm = 0.0;            // in X and Y; 0: the stage rests, or goes less than a frame pixel
+    double stretchZUm = 0.0;
 
     friend bool operator==(const ExposureWay&, const ExposureWay&) = default;
 };

@@ -51,21 +51,27 @@ ExposureWay Reachable(ExposureWay way) {
     return way;
 }
 
-/// Standard deviation of light that is spread evenly over a stretch, together with the blur that there is.
-double WithStretch(double blurPixels, double stretchPixels) {
-    return std::min(maximumBlurPixels, std::hypot(blurPixels, stretchPixels / std::sqrt(12.0)));
+/// Of what is spread evenly over a stretch.
+double DeviationOfStretch(double length) {
+    return length / std::sqrt(12.0);
 }
 
-SampleGrid GridOf(const CellSample& sample, const StagePosition& position, const BlurPlan& plan) {
+double WithStretch(double blurPixels, double stretchPixels) {
+    return std::min(maximumBlurPixels, std::hypot(blurPixels, DeviationOfStretch(stretchPixels)));
+}
+
+SampleGrid GridOf(const CellSample& sample, const StagePosition& position, const FrameTile& tile,
+                  const BlurPlan& plan) {
     const int margin = plan.marginSamples * plan.reduction; // frame pixels
     const auto samples = [&](int pixels) {
         return (pixels + plan.reduction - 1) / plan.reduction + 2 * plan.marginSamples;
     };
-    return {.topLeft = {position.x + (sample.right - margin - frameWidth / 2.0) / framePixelsPerUm,
-                        position.y - (sample.down - margin - frameHeight / 2.0) / framePixelsPerUm},
+    const double right = sample.right + tile.left - margin - frameWidth / 2.0;
+    const double down = sample.down + tile.top - margin - frameHeight / 2.0;
+    return {.topLeft = {position.x + right / framePixelsPerUm, position.y - down / framePixelsPerUm},
             .samplesPerUm = framePixelsPerUm / plan.reduction,
-            .width = samples(frameWidth),
-            .height = samples(frameHeight)};
+            .width = samples(tile.width),
+            .height = samples(tile.height)};
 }
 
 SensorResponse ResponseOf(const ExposureSettings& exposure, std::size_t channel) {
@@ -133,14 +139,13 @@ void SensorRenderer::Render(const ExposureWay& way, const ExposureSettings& expo
 }
 
 void SensorRenderer::DrawOpticalImage(const ExposureWay& way) {
-    const double stretchPixels = way.stretchUm * framePixelsPerUm;
     const auto share = 1.0F / static_cast<float>(way.places.size());
     for (std::size_t sample = 0; sample < cellSamples.size(); ++sample) {
         std::vector<float>& optical = m_optical[sample];
-        DrawPlace(sample, way.places.front(), stretchPixels);
+        DrawPlace(sample, way.places.front(), way);
         optical.swap(m_place);
         for (const StagePosition& place : std::span(way.places).subspan(1)) {
-            DrawPlace(sample, place, stretchPixels);
+            DrawPlace(sample, place, way);
             std::ranges::transform(optical, m_place, optical.begin(), std::plus());
         }
         if (way.places.size() > 1)
@@ -150,18 +155,19 @@ void SensorRenderer::DrawOpticalImage(const ExposureWay& way) {
     }
 }
 
-/// Into m_place. A stretch blurs in all directions: of a longer way, the other places give it one.
-void SensorRenderer::DrawPlace(std::size_t sample, const StagePosition& position, double stretchPixels) {
-    const double blur = BlurPixels(position.z - m_wafer.FocusZ(position.x, position.y));
-    const BlurPlan plan = PlanBlur(WithStretch(blur, stretchPixels));
-    m_plane.grid = GridOf(cellSamples[sample], position, plan);
-    DrawPlane(cellSamples[sample].channel);
-    m_blur.Apply(plan.sigmaSamples, m_plane.grid.width, m_plane.grid.height, m_plane.samples);
+/// Into m_place. A stretch blurs in all directions: of a longer way, the other places give it one. A stretch
+/// along Z has the mean of the blurs' variances.
+void SensorRenderer::DrawPlace(std::size_t sample, const StagePosition& position, const ExposureWay& way) {
     m_place.resize(framePixelCount);
-    if (plan.marginSamples == 0)
-        m_place.swap(m_plane.samples);
-    else
-        EnlargeToFrame(plan, m_plane.samples, m_plane.grid.width, m_place);
+    const double distance = position.z - m_wafer.FocusZ(position.x, position.y);
+    for (const FrameTile& tile : TilesOf(distance, m_wafer.Tilt())) {
+        const double blur = BlurPixels(std::hypot(tile.distanceUm, DeviationOfStretch(way.stretchZUm)));
+        const BlurPlan plan = PlanBlur(WithStretch(blur, way.stretchUm * framePixelsPerUm));
+        m_plane.grid = GridOf(cellSamples[sample], position, tile, plan);
+        DrawPlane(cellSamples[sample].channel);
+        m_blur.Apply(plan.sigmaSamples, m_plane.grid.width, m_plane.grid.height, m_plane.samples);
+        EnlargeToFrame(plan, m_plane.samples, m_plane.grid.width, tile, m_place);
+    }
 }
 
 void SensorRenderer::DrawPlane(std::size_t channel) {

@@ -51,7 +51,7 @@ public:
 
 private:
     void DrawOpticalImage(const ExposureWay& way);
-    void DrawPlace(std::size_t sample, const StagePosition& position, double stretchPixels);
+    void DrawPlace(std::size_t sample, const StagePosition& position, const ExposureWay& way);
     void DrawPlane(std::size_t channel);
     void LightUp(std::vector<float>& optical) const;
 

@@ -29,6 +29,7 @@ public:
 
     /// The stage's Z at which this place is sharp: options.focusZUm at (0, 0) and tilted from there.
     double FocusZ(double x, double y) const;
+    Vertex Tilt() const { return m_tilt; } // by how much that rises along a um of X and of Y
 
     /// All marks that may reach between the two corners, in the order in which they lie on one another.
     std::vector<const WaferMark*> MarksBetween(Vertex low, Vertex high) const;

@@ -49,11 +49,11 @@ TEST(ExposureWay, CountsTheWayThereAndBack) {
     EXPECT_NEAR(way.stretchUm, 5.0, 1e-9);
 }
 
-TEST(ExposureWay, MovingInZAloneIsNoWay) {
+TEST(ExposureWay, AlongZAloneIsOneStretchOfZ) {
     const ExposureWay way = WayDuring(0.0, 1.0, [](double time) {
         return StagePosition{0.0, 0.0, 100.0 * time};
     });
-    EXPECT_EQ(way, (ExposureWay{{{0.0, 0.0, 50.0}}, 0.0}));
+    EXPECT_EQ(way, (ExposureWay{{{0.0, 0.0, 50.0}}, 0.0, 100.0}));
 }
 
 } // namespace

@@ -69,4 +69,8 @@ FocusFigures MeasureFocus(const ReducedImage& reduced) {
     return figures;
 }
 
+float MeasureFocusScore(const ReducedImage& reduced) {
+    return MeanOfPlanes(reduced, [](const float* plane) { return PlaneLaplacian(plane, farDistance); });
+}
+
 } // namespace tessaro

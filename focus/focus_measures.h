@@ -22,7 +22,7 @@ struct FocusFigures {
 /// Measures the reduced image of the last statistics pass.
 FocusFigures MeasureFocus(const ReducedImage& reduced);
 
-/// Of these figures laplaceM alone.
+/// The laplaceM of the same image alone: what a search for the focus asks for at every step.
 float MeasureFocusScore(const ReducedImage& reduced);
 
 } // namespace tessaro

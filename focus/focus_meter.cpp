@@ -10,22 +10,23 @@ namespace tessaro {
 int FocusMeter::UpdateFocusMeasures(FrameRecord& frame) {
     ComputeFrameStatistics(frame, frame, m_measured);
     const FocusFigures figures = MeasureFocus(m_measured.reduced);
-    const auto show = [this](int box, float value) {
-        m_status.ShowItem(box, Formatted("%.2f", static_cast<double>(value)));
-    };
-    show(panel::deviation, figures.deviation);
-    show(panel::laplaceS, figures.laplaceS);
-    show(panel::laplaceM, figures.laplaceM);
+    Show(panel::deviation, "%.2f", figures.deviation);
+    Show(panel::laplaceS, "%.2f", figures.laplaceS);
+    Show(panel::laplaceM, "%.2f", figures.laplaceM);
     m_focusValue = figures.focusValue;
-    show(panel::focus, figures.focusValue);
+    Show(panel::focus, "%.2f", figures.focusValue);
     return 1;
 }
 
 float FocusMeter::FocusScore(FrameRecord& frame) {
     ComputeFrameStatistics(frame, frame, m_measured);
     const float score = MeasureFocusScore(m_measured.reduced);
-    m_status.ShowItem(panel::laplaceM, Formatted("%.3f", static_cast<double>(score)));
+    Show(panel::laplaceM, "%.3f", score);
     return score;
+}
+
+void FocusMeter::Show(int box, const char* format, float value) {
+    m_status.ShowItem(box, Formatted(format, static_cast<double>(value)));
 }
 
 } // namespace tessaro

@@ -15,11 +15,13 @@ public:
     /// Runs the statistics pass on the frame first. Returns 1.
     int UpdateFocusMeasures(FrameRecord& frame);
 
-    /// The same pass, then the score alone: the Laplacian of distance 5, with three decimals. The focus value
-    /// stays as it was.
+    /// The medium-scale Laplacian alone, after the statistics pass: the cheaper call of the focus searches.
+    /// Shown with three decimals where the other call shows two; focusValue keeps its value.
     float FocusScore(FrameRecord& frame);
 
 private:
+    void Show(int box, const char* format, float value);
+
     FrameMeasurements& m_measured;
     float& m_focusValue;
     StatusLines& m_status;

@@ -55,4 +55,11 @@ FocusMeasures MeasurePlanes(const float* planes) {
     return m;
 }
 
+float MeasureScore(const float* planes) {
+    const float* p0 = planes;
+    const float* p1 = planes + planeRows * planeCols;
+    const float* p2 = planes + 2 * planeRows * planeCols;
+    return (PlaneLaplacian(p0, 5) + PlaneLaplacian(p1, 5) + PlaneLaplacian(p2, 5)) / 3.0F;
+}
+
 } // namespace tessaro::reference

@@ -18,5 +18,6 @@ struct FocusMeasures {
 
 /// Of three planes, one after another.
 FocusMeasures MeasurePlanes(const float* planes);
+float MeasureScore(const float* planes);
 
 } // namespace tessaro::reference

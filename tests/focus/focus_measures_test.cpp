@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <random>
 #include <vector>
@@ -105,6 +106,43 @@ TEST(PlaneLaplacian, LeavesOutABorderAsWideAsItsDistance) {
     EXPECT_EQ(PlaneLaplacian(corner.Data(), 5), 0.0001F) << "columns 0 to 4 lie in the border";
 }
 
+/// Eleven cells in one row, each `step` off the cell beyond the border and level with all others.
+float LaplacianBesideBorder(int borderRow, float step) {
+    Plane plane(100.0F);
+    for (int column = 20; column < 31; ++column)
+        plane.At(borderRow, column) = 100.0F + step;
+    return PlaneLaplacian(plane.Data(), 1);
+}
+
+TEST(PlaneLaplacian, CountsACellForTheOneNeighbourThatDiffers) {
+    EXPECT_EQ(LaplacianBesideBorder(0, 50.0F), 0.5F) << "before, brighter";
+    EXPECT_EQ(LaplacianBesideBorder(0, -50.0F), 0.5F) << "before, darker";
+    EXPECT_EQ(LaplacianBesideBorder(307, 50.0F), 0.5F) << "behind, brighter";
+    EXPECT_EQ(LaplacianBesideBorder(307, -50.0F), 0.5F) << "behind, darker";
+    EXPECT_EQ(LaplacianBesideBorder(0, 2.0F), 0.0001F);
+    EXPECT_EQ(LaplacianBesideBorder(307, 2.0F), 0.0001F);
+}
+
+TEST(PlaneLaplacian, AddsWhatACellDiffersAcrossOnlyWhereItCounts) {
+    Plane plane(100.0F);
+    for (int column = 20; column < 31; ++column)
+        plane.At(0, column) = 150.0F;
+    plane.At(1, 19) = 102.0F; // too little to count; |2v - l - q| of the cell beside it is 2
+    plane.At(200, 100) = 102.0F;
+    // Eleven cells with 50 along, the first with 2 across.
+    EXPECT_EQ(PlaneLaplacian(plane.Data(), 1), static_cast<float>(552.0 / 11 / 100.0));
+}
+
+TEST(PlaneLaplacian, OfAPlaneTooSmallForTheDistanceHasNothingToMeasure) {
+    Plane plane(0.0F);
+    for (int row = 0; row < 154; ++row)
+        for (int column = 0; column < 257; ++column)
+            plane.At(row, column) = 100.0F;
+    EXPECT_EQ(PlaneLaplacian(plane.Data(), 128), 1.0F) << "one column of 52 cells, each 100 from a neighbour";
+    EXPECT_EQ(PlaneLaplacian(plane.Data(), 129), 0.0001F);
+    EXPECT_EQ(PlaneLaplacian(plane.Data(), 200), 0.0001F);
+}
+
 TEST(FocusMeasures, OfAnEvenFrameFallBackOnTheFixedFactor) {
     const auto reduced = std::make_unique<ReducedImage>();
     const FocusFigures figures = MeasureFocus(*reduced);
@@ -144,31 +182,75 @@ TEST(FocusMeasures, AreTheMeansOfTheThreePlanes) {
     EXPECT_EQ(figures.focusValue, figures.laplaceM * 300.0F / 10.0F);
 }
 
+void ExpectThePlainFigures(const ReducedImage& reduced) {
+    const FocusFigures figures = MeasureFocus(reduced);
+    const reference::FocusMeasures plain = reference::MeasurePlanes(reduced.Plane(0));
+    EXPECT_EQ(figures.deviation, plain.deviation);
+    EXPECT_EQ(figures.laplaceS, plain.laplaceS);
+    EXPECT_EQ(figures.laplaceM, plain.laplaceM);
+    EXPECT_EQ(figures.focusValue, plain.focusValue);
+    EXPECT_EQ(MeasureFocusScore(reduced), plain.laplaceM);
+    for (int channel = 0; channel < 3; ++channel) {
+        const float* plane = reduced.Plane(channel);
+        EXPECT_EQ(PlaneDeviation(plane), reference::PlaneDeviation(plane));
+        for (const int distance : {1, 2, 5, 100, 128})
+            EXPECT_EQ(PlaneLaplacian(plane, distance), reference::PlaneLaplacian(plane, distance))
+                << distance;
+    }
+}
+
+/// Every value of the three planes by a function of channel, column and row.
+template<typename Value>
+std::unique_ptr<ReducedImage> ReducedImageOf(Value value) {
+    auto reduced = std::make_unique<ReducedImage>();
+    for (int channel = 0; channel < 3; ++channel)
+        for (int column = 0; column < 308; ++column)
+            for (int row = 0; row < 257; ++row)
+                reduced->Set(channel, column, row, value(channel, column, row));
+    return reduced;
+}
+
 /// By how much the values stray around an uneven background.
 class FocusMeasuresOfAnyField : public testing::TestWithParam<int> {};
 
 TEST_P(FocusMeasuresOfAnyField, EqualThePlainTranscription) {
     const int spread = GetParam();
     std::mt19937 random(static_cast<std::uint32_t>(spread));
-    const auto reduced = std::make_unique<ReducedImage>();
-    for (int channel = 0; channel < 3; ++channel)
-        for (int column = 0; column < 308; ++column)
-            for (int row = 0; row < 257; ++row) {
-                const int level = 80 + column / 8 + row / 16;
-                reduced->Set(channel, column, row,
-                             static_cast<float>(level) +
-                                 static_cast<float>(random() % static_cast<unsigned>(16 * spread + 1)) /
-                                     16.0F);
-            }
-    const FocusFigures figures = MeasureFocus(*reduced);
-    const reference::FocusMeasures plain = reference::MeasurePlanes(reduced->Plane(0));
-    EXPECT_EQ(figures.deviation, plain.deviation);
-    EXPECT_EQ(figures.laplaceS, plain.laplaceS);
-    EXPECT_EQ(figures.laplaceM, plain.laplaceM);
-    EXPECT_EQ(figures.focusValue, plain.focusValue);
+    const auto reduced = ReducedImageOf([&](int, int column, int row) {
+        const int level = 80 + column / 8 + row / 16;
+        return static_cast<float>(level) +
+               static_cast<float>(random() % static_cast<unsigned>(16 * spread + 1)) / 16.0F;
+    });
+    ExpectThePlainFigures(*reduced);
 }
 
 INSTANTIATE_TEST_SUITE_P(Spreads, FocusMeasuresOfAnyField, testing::Values(0, 1, 2, 3, 10, 100));
+
+struct Magnitudes {
+    int lowest;  // powers of two
+    int highest; // below 128, so that all are finite
+};
+
+/// What no frame has, too: here every change of the order of a sum shows.
+class FocusMeasuresOfAnyFloats : public testing::TestWithParam<Magnitudes> {};
+
+TEST_P(FocusMeasuresOfAnyFloats, EqualThePlainTranscription) {
+    const auto [lowest, highest] = GetParam();
+    for (std::uint32_t seed = 1; seed <= 5; ++seed) {
+        std::mt19937 random(seed);
+        const auto reduced = ReducedImageOf([&, from = lowest, to = highest](int, int, int) {
+            const auto mantissa = static_cast<float>(random() >> 8U) / 16777216.0F + 1.0F;
+            const int exponent = from + static_cast<int>(random() % static_cast<unsigned>(to - from + 1));
+            return std::ldexp(random() % 2 == 0 ? mantissa : -mantissa, exponent);
+        });
+        SCOPED_TRACE(seed);
+        ExpectThePlainFigures(*reduced);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(FromTinyToHuge, FocusMeasuresOfAnyFloats,
+                         testing::Values(Magnitudes{-2, 2}, Magnitudes{-20, 20}, Magnitudes{-149, -100},
+                                         Magnitudes{100, 125}, Magnitudes{120, 127}, Magnitudes{-149, 127}));
 
 } // namespace
 } // namespace tessaro

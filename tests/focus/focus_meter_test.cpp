@@ -1,4 +1,9 @@
+#include "app/number_text.h"
 #include "focus/focus_meter.h"
+#include "reference/plain_analysis.h"
+#include "reference/plain_focus.h"
+#include "simulated_field/random_field.h"
+#include "simulated_field/simulated_field.h"
 #include "support/drawn_frames.h"
 #include "support/shell_fixture.h"
 
@@ -104,6 +109,72 @@ TEST_F(FocusMeterTest, NeverWritesTheBoxesOfModifiedLAndEdgeShape) {
         EXPECT_NE(box, 1039);
     }
     EXPECT_EQ(ui.dialogs.textsSet.size(), 15U);
+}
+
+/// What both programs make of one frame's pixels, from the statistics pass on.
+class FocusMeterBesideThePlain : public FocusMeterTest {
+protected:
+    void ExpectThePlainFigures() {
+        plain->frame.pixels = frame.pixels;
+        reference::ComputeFrameStatistics(*plain, plain->frame);
+        const float* planes = plain->measured.reduced.Plane(0);
+        const reference::FocusMeasures figures = reference::MeasurePlanes(planes);
+        EXPECT_EQ(meter.FocusScore(frame), reference::MeasureScore(planes));
+        meter.UpdateFocusMeasures(frame);
+        EXPECT_EQ(focusValue, figures.focusValue);
+        EXPECT_EQ(PanelText(1037), TwoDecimals(figures.deviation));
+        EXPECT_EQ(PanelText(1020), TwoDecimals(figures.laplaceS));
+        EXPECT_EQ(PanelText(1001), TwoDecimals(figures.laplaceM));
+        EXPECT_EQ(PanelText(1038), TwoDecimals(figures.focusValue));
+    }
+
+    static std::string TwoDecimals(float value) { return Formatted("%.2f", static_cast<double>(value)); }
+
+    std::unique_ptr<reference::PlainAnalysis> plain = std::make_unique<reference::PlainAnalysis>();
+};
+
+TEST_F(FocusMeterBesideThePlain, IsEqualOnDrawnFrames) {
+    for (const int flakes : {0, 3, 40}) {
+        for (const int noise : {0, 2, 20}) {
+            SCOPED_TRACE(testing::Message() << flakes << " flakes, noise " << noise);
+            painter.Fill(substrate100);
+            for (int i = 0; i < flakes; ++i)
+                painter.Disk(painter.Below(frameWidth), painter.Below(frameHeight), 5 + painter.Below(40),
+                             singleLayer100);
+            painter.AddNoise(noise);
+            ExpectThePlainFigures();
+        }
+    }
+}
+
+TEST_F(FocusMeterBesideThePlain, IsEqualOnBytesAtRandom) {
+    for (int i = 0; i < 3; ++i) {
+        painter.Scatter();
+        ExpectThePlainFigures();
+    }
+}
+
+TEST_F(FocusMeterBesideThePlain, IsEqualOnSpeckle) {
+    for (const int percent : {1, 30, 70}) {
+        painter.Fill(substrate100);
+        painter.Speckle(percent, singleLayer100);
+        ExpectThePlainFigures();
+    }
+}
+
+TEST_F(FocusMeterBesideThePlain, IsEqualOnFieldsAsTheMicroscopeShowsThem) {
+    for (std::uint64_t seed = 1; seed <= 3; ++seed) {
+        DrawField(RandomField(seed, 20, 20), seed, painter.frame);
+        ExpectThePlainFigures();
+    }
+}
+
+TEST_F(FocusMeterBesideThePlain, IsEqualOnBlackAndWhite) {
+    ExpectThePlainFigures();
+    painter.Fill({255, 255, 255});
+    ExpectThePlainFigures();
+    painter.Rectangle(0, 0, frameWidth, 511, {0, 0, 0});
+    ExpectThePlainFigures();
 }
 
 } // namespace

@@ -35,6 +35,7 @@ inline const std::map<std::string, std::pair<int, int>> menuPlaces = {
     {"Exit", {0, 3}},
     {"XY Stage Configuration", {1, 0}},
     {"Auto Contrast Once", {1, 1}},
+    {"Auto focusing", {1, 2}},
     {"Capture", {1, 3}},
     {"Stop/Start Grabbing", {1, 4}},
     {"Red image", {2, 0}},

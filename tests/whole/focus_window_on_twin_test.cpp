@@ -1,0 +1,109 @@
+#include "support/twin_stage.h"
+#include "whole/window_driver.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tessaro {
+namespace {
+
+using Place = std::pair<int, int>; // pixels of the screen
+
+constexpr Place coarseButton{1415, 591};
+constexpr double focusZ = 40.0; // um
+constexpr double nearUm = 3.0;
+
+/// What the file of the focus curve says, in the order of its lines.
+struct CurveLine {
+    std::string search;
+    std::string outcome; // of the line that ends a search; empty in all others
+};
+
+std::vector<CurveLine> CurveOf(const std::string& text) {
+    std::vector<CurveLine> lines;
+    std::size_t begin = text.find('\n'); // behind the names of the columns
+    while (begin != std::string::npos && text.find('\n', begin + 1) != std::string::npos) {
+        const std::size_t end = text.find('\n', begin + 1);
+        std::vector<std::string> cells(1);
+        for (const char character : text.substr(begin + 1, end - begin - 1)) {
+            if (character == ',')
+                cells.emplace_back();
+            else
+                cells.back() += character;
+        }
+        lines.push_back({cells.at(2), cells.back()});
+        begin = end;
+    }
+    return lines;
+}
+
+/// The operator's program looks at the simulated wafer from a height above its focus.
+class FocusWindowOnTwin : public WindowDriver {
+protected:
+    void StartAt(const std::string& place) {
+        std::vector<std::string> options = stage.Options();
+        options.insert(options.end(), {"--seed", "5", "--focus-z", "40", "--at", place, "--quiet"});
+        twin = std::make_unique<RunningTwin>(TESSARO_TWIN, options);
+        ASSERT_TRUE(twin->IsReady()) << twin->Errors();
+        arguments = {"--camera", "127.0.0.1", "--stage-port", stage.LinkPath(), "--focus-curve", CurveFile()};
+        Start();
+        WaitForTheWafer();
+    }
+
+    std::string CurveFile() const { return (home.Path() / "curve.csv").string(); }
+
+    /// How the searches of this name have ended.
+    std::vector<std::string> Outcomes(const std::string& search) const {
+        std::vector<std::string> outcomes;
+        for (const CurveLine& line : CurveOf(ReadText(CurveFile())))
+            if (line.search == search && !line.outcome.empty())
+                outcomes.push_back(line.outcome);
+        return outcomes;
+    }
+
+    /// The camera is adjusted.
+    void WaitForTheWafer() {
+        ASSERT_TRUE(Eventually([this] {
+            const auto screen = display.Screenshot(screenshots / "focus-wafer.png");
+            return screen.has_value() && screen->Pixel(30, 300)[1] > 100 && screen->Pixel(620, 900)[1] > 100;
+        }));
+    }
+
+    double Z() { return TwinStage::Place(*twin)[2]; }
+    bool Stands() { return !TwinStage::Moves(*twin); }
+
+    void Click(Place place) { display.Click(place.first, place.second); }
+
+    TwinStage stage{home.Path().string()};
+    std::unique_ptr<RunningTwin> twin;
+};
+
+TEST_F(FocusWindowOnTwin, ComesIntoFocusByTheMenu) {
+    StartAt("1500,700,52");
+    Menu("Auto focusing");
+    ASSERT_TRUE(Eventually([this] { return Outcomes("fine").size() == 1; }));
+    EXPECT_TRUE(Eventually([this] { return Stands(); }));
+    EXPECT_NEAR(Z(), focusZ, nearUm) << ReadText(CurveFile());
+    EXPECT_TRUE(Outcomes("coarse").empty()) << "there was enough to climb by";
+    display.Screenshot(screenshots / "focus-by-menu.png");
+    Exit();
+}
+
+TEST_F(FocusWindowOnTwin, IsClosedInTheMiddleOfASearchAndLeavesNothingMoving) {
+    StartAt("1500,700,200");
+    Click(coarseButton);
+    ASSERT_TRUE(Eventually([this] { return CurveOf(ReadText(CurveFile())).size() > 3; }));
+    display.Close(mainTitle);
+    ASSERT_TRUE(Eventually([this] { return program->ExitStatus().has_value(); }, std::chrono::seconds(10)));
+    EXPECT_EQ(program->ExitStatus(), 0);
+    EXPECT_EQ(Outcomes("coarse"), std::vector<std::string>{"stopped"});
+    EXPECT_TRUE(Eventually([this] { return !TwinStage::Moves(*twin); }, std::chrono::seconds(2)));
+}
+
+} // namespace
+} // namespace tessaro

@@ -21,7 +21,7 @@ constexpr double slowestMotion = 0.01;
 constexpr double fastestMotion = 1000.0;
 constexpr std::size_t longestSerialNumber = 15; // bytes, as GigE Vision has it
 constexpr std::string_view axisLetters = "XYZ";
-constexpr std::string_view noAxes = "none";
+constexpr std::string_view none = "none"; // no device, no axes
 constexpr std::string_view faultOption = "--fault";
 
 constexpr std::string_view helpText =
@@ -41,7 +41,8 @@ constexpr std::string_view helpText =
     "  --at X,Y,Z            where the stage stands, in um (default: the wafer's middle, in focus)\n"
     "  --truth FILE          write all flakes to FILE, as JSON\n"
     "  --render FILE         write the picture that the operator would see to FILE (.png, .jpg) and exit\n"
-    "  --camera-address A    the address that the camera serves (default 127.0.0.1)\n"
+    "  --camera-address A    the address that the camera serves (default 127.0.0.1); with none there is\n"
+    "                        no camera\n"
     "  --stage-link PATH     a link to the stage's line, beside the name that is printed; a stale one is\n"
     "                        replaced\n"
     "  --stage-log FILE      write each command that the stage gets to FILE, with its time in ms\n"
@@ -105,7 +106,7 @@ bool TakePosition(std::string_view value, TwinOptions& options) {
 /// Letters of axes, each once, or "none".
 bool TakeProgress(std::string_view value, TwinOptions& options) {
     options.progressAxes = {};
-    if (value == noAxes)
+    if (value == none)
         return true;
     for (const char letter : value) {
         const std::size_t axis = axisLetters.find(letter);
@@ -113,6 +114,11 @@ bool TakeProgress(std::string_view value, TwinOptions& options) {
             return false;
         options.progressAxes[axis] = true;
     }
+    return !value.empty();
+}
+
+bool TakeCameraAddress(std::string_view value, TwinOptions& options) {
+    options.cameraAddress = value == none ? "" : value;
     return !value.empty();
 }
 
@@ -168,9 +174,7 @@ constexpr std::array valueOptions = {
                               TwinOptions& options) { return TakeText(value, options.truthFile); }},
     ValueOption{"--render", [](std::string_view value,
                                TwinOptions& options) { return TakeText(value, options.renderFile); }},
-    ValueOption{
-        "--camera-address",
-        [](std::string_view value, TwinOptions& options) { return TakeText(value, options.cameraAddress); }},
+    ValueOption{"--camera-address", TakeCameraAddress},
     ValueOption{"--stage-link", [](std::string_view value,
                                    TwinOptions& options) { return TakeText(value, options.stageLink); }},
     ValueOption{"--stage-log", [](std::string_view value,

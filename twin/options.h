@@ -21,7 +21,7 @@ struct TwinOptions {
     std::optional<StagePosition> at; // not given: the wafer's middle, in focus
     std::string truthFile;           // empty: not wanted
     std::string renderFile;          // empty: not wanted
-    std::string cameraAddress = "127.0.0.1";
+    std::string cameraAddress = "127.0.0.1"; // empty: no camera
     std::string stageLink;             // empty: none
     std::string stageLog;              // empty: none
     std::optional<StageLimits> limits; // not given: the usual ones

@@ -22,6 +22,13 @@ public:
         return {"--stage-link", LinkPath(), "--stage-log", LogPath()};
     }
 
+    /// Without a camera: needs nothing that another one on this machine could have.
+    std::vector<std::string> OptionsAlone() const {
+        std::vector<std::string> options = Options();
+        options.insert(options.end(), {"--camera-address", "none"});
+        return options;
+    }
+
     std::string LinkPath() const { return m_folder + "/stage"; }
 
     /// The commands that it has received, without their times.

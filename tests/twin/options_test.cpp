@@ -121,6 +121,7 @@ TEST(TwinOptions, RefuseWhatIsNoValue) {
     EXPECT_EQ(Reason({"--wafer-mm", "0.01"}), "'0.01' is no value for --wafer-mm");
     EXPECT_EQ(Reason({"--wafer-mm", "nan"}), "'nan' is no value for --wafer-mm");
     EXPECT_EQ(Reason({"--density", "1001"}), "'1001' is no value for --density");
+    EXPECT_EQ(Reason({"--camera-address="}), "'' is no value for --camera-address");
     EXPECT_EQ(Reason({"--material", "gold"}), "'gold' is no value for --material");
     EXPECT_EQ(Reason({"--substrate", ""}), "'' is no value for --substrate");
     EXPECT_EQ(Reason({"--tilt", "0.1"}), "'0.1' is no value for --tilt");

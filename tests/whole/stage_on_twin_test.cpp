@@ -83,7 +83,7 @@ public:
 class StageOnTwin : public testing::Test {
 protected:
     void SetUp() override {
-        std::vector<std::string> options = controller.Options();
+        std::vector<std::string> options = controller.OptionsAlone();
         options.insert(options.end(),
                        {"--wafer-mm", "1", "--seed", "3", "--density", "1", "--at", "500,500,0", "--quiet"});
         twin.emplace(TESSARO_TWIN, options);

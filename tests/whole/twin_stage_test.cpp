@@ -270,6 +270,16 @@ TEST_F(TwinStage, MayBeGoneFromTheStart) {
     EXPECT_EQ(StageHost(Link()).Ask("p"), "800");
 }
 
+TEST_F(TwinStage, IsThereWithoutACamera) {
+    RunningTwin twin(TESSARO_TWIN, With({"--camera-address", "none"}));
+    ASSERT_TRUE(twin.IsReady()) << twin.Errors();
+    EXPECT_EQ(twin.Output(), ReadyLine());
+    EXPECT_EQ(StageHost(Link()).Ask("p"), "800");
+    EXPECT_EQ(twin.Say("fault camera-gone"), "error: there is no camera");
+    EXPECT_EQ(twin.Say("clear frame-size"), "error: there is no camera");
+    EXPECT_EQ(twin.Say("fault stage-silent"), "ok");
+}
+
 TEST_F(TwinStage, TellsTheNameOfALineThatTakesThePlaceOfAnother) {
     RunningTwin twin(TESSARO_TWIN, With({"--quiet"}));
     ASSERT_TRUE(twin.IsReady()) << twin.Errors();

@@ -8,6 +8,7 @@
 #include <glib-unix.h>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <variant>
 
 namespace tessaro {
@@ -51,10 +52,11 @@ private:
 } // namespace
 
 TwinDevices::TwinDevices(const Wafer& wafer, const TwinServiceOptions& options)
-    : m_stage(options.stage), m_renderer(wafer),
-      m_camera(options.cameraAddress, options.serialNumber,
-               [this](const ExposureSettings& exposure, std::uint64_t noiseSeed,
-                      std::span<std::uint8_t> mosaic) { TakeFrame(exposure, noiseSeed, mosaic); }) {
+    : m_stage(options.stage), m_renderer(wafer) {
+    if (!options.cameraAddress.empty())
+        m_camera.emplace(options.cameraAddress, options.serialNumber,
+                         [this](const ExposureSettings& exposure, std::uint64_t noiseSeed,
+                                std::span<std::uint8_t> mosaic) { TakeFrame(exposure, noiseSeed, mosaic); });
     for (const Fault& fault : options.faults)
         Set(fault);
 }
@@ -72,13 +74,13 @@ void TwinDevices::TakeFrame(const ExposureSettings& exposure, std::uint64_t nois
 void TwinDevices::Set(const Fault& fault) {
     switch (fault.kind) {
     case FaultKind::CameraGone:
-        return m_camera.Unplug();
+        return Camera().Unplug();
     case FaultKind::LostPackets:
-        return m_camera.SetLostPackets(fault.share);
+        return Camera().SetLostPackets(fault.share);
     case FaultKind::FrameSize:
-        return m_camera.SetFrameSize(fault.width, fault.height);
+        return Camera().SetFrameSize(fault.width, fault.height);
     case FaultKind::EndlessAutomatic:
-        return m_camera.SetEndlessAutomatic(true);
+        return Camera().SetEndlessAutomatic(true);
     default:
         return m_stage.Set(fault);
     }
@@ -87,16 +89,22 @@ void TwinDevices::Set(const Fault& fault) {
 void TwinDevices::Clear(FaultKind kind) {
     switch (kind) {
     case FaultKind::CameraGone:
-        return m_camera.PlugIn();
+        return Camera().PlugIn();
     case FaultKind::LostPackets:
-        return m_camera.SetLostPackets(0.0);
+        return Camera().SetLostPackets(0.0);
     case FaultKind::FrameSize:
-        return m_camera.ClearFrameSize();
+        return Camera().ClearFrameSize();
     case FaultKind::EndlessAutomatic:
-        return m_camera.SetEndlessAutomatic(false);
+        return Camera().SetEndlessAutomatic(false);
     default:
         return m_stage.Clear(kind);
     }
+}
+
+GigECamera& TwinDevices::Camera() {
+    if (!m_camera)
+        throw std::runtime_error("there is no camera");
+    return *m_camera;
 }
 
 std::string TwinDevices::Move(const StagePosition& target) {
@@ -156,8 +164,10 @@ void ServeTwin(const Wafer& wafer, const TwinServiceOptions& options) {
     std::string ready;
     if (const std::string stage = devices.StageLineName(); !stage.empty()) // none when it is gone already
         ready = StageIsReady(stage);
-    Say(ready + "tessaro-twin: camera " + options.serialNumber + " is ready at " + options.cameraAddress +
-        "\n");
+    if (!options.cameraAddress.empty())
+        ready +=
+            "tessaro-twin: camera " + options.serialNumber + " is ready at " + options.cameraAddress + "\n";
+    Say(ready);
     devices.TellNewStageLineNames([](const std::string& name) { Say(StageIsReady(name)); });
     loop.Run();
 }

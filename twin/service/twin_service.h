@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -18,7 +19,7 @@ namespace tessaro {
 
 struct TwinServiceOptions {
     ServedStageOptions stage;
-    std::string cameraAddress = "127.0.0.1";
+    std::string cameraAddress = "127.0.0.1"; // empty: there is no camera
     std::string serialNumber = "TWIN01";
     std::vector<Fault> faults;
     std::string controlPath; // empty: no control socket
@@ -48,10 +49,11 @@ public:
 private:
     void TakeFrame(const ExposureSettings& exposure, std::uint64_t noiseSeed, std::span<std::uint8_t> mosaic);
     std::string Move(const StagePosition& target);
+    GigECamera& Camera();
 
     ServedStage m_stage;
     SensorRenderer m_renderer;
-    GigECamera m_camera;
+    std::optional<GigECamera> m_camera;
 };
 
 /// Serves the devices until SIGTERM, SIGINT or "quit"; says on standard output when they are ready, and

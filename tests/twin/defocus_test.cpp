@@ -112,9 +112,11 @@ TEST(Defocus, EnlargingTouchesTheTileAlone) {
     for (const int reduction : {1, 2}) {
         const BlurPlan plan = {.reduction = reduction, .sigmaSamples = 0.5, .marginSamples = 3};
         const FrameTile tile = {.left = 40, .top = 30, .width = 20, .height = 10};
-        const std::vector<float> plane((20 / reduction + 6) * (10 / reduction + 6), 1.0F);
+        const int width = 20 / reduction + 6;
+        const int height = 10 / reduction + 6;
+        const std::vector<float> plane(static_cast<std::size_t>(width * height), 1.0F);
         std::vector<float> frame(framePixelCount);
-        EnlargeToFrame(plan, plane, 20 / reduction + 6, tile, frame);
+        EnlargeToFrame(plan, plane, width, tile, frame);
         EXPECT_EQ(std::ranges::count(frame, 1.0F), 20 * 10);
         EXPECT_EQ(frame[30 * frameWidth + 40], 1.0F);
         EXPECT_EQ(frame[39 * frameWidth + 59], 1.0F);

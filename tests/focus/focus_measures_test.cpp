@@ -143,6 +143,33 @@ TEST(PlaneLaplacian, OfAPlaneTooSmallForTheDistanceHasNothingToMeasure) {
     EXPECT_EQ(PlaneLaplacian(plane.Data(), 200), 0.0001F);
 }
 
+TEST(PlaneLaplacian, AddsCellAfterCell) {
+    Plane plane(100.0F);
+    for (int row = 1; row < 308; row += 2)
+        for (int column = 0; column < 257; ++column)
+            plane.At(row, column) = 107.0F;
+    plane.At(0, 1) = -0x1p57F;
+    plane.At(1, 0) = -18476718080.0F;
+    // The first cell adds 2^57 + 18476718080, next to which each 14 of the 78,029 others is lost. The mean
+    // lies just below the middle of two floats: the rest of the first row, added up first, would tip it.
+    EXPECT_EQ(PlaneLaplacian(plane.Data(), 1), 18469203968.0F);
+    EXPECT_EQ(reference::PlaneLaplacian(plane.Data(), 1), 18469203968.0F);
+}
+
+TEST(PlaneDeviation, AddsValueAfterValue) {
+    Plane plane(2.0F);
+    for (int i = 0; i < 308 * 257; i += 2)
+        plane.At(i / 257, i % 257) = -2.0F;
+    plane.At(0, 0) = -250459136.0F;
+    plane.At(0, 1) = 250459136.0F;
+    plane.At(0, 2) = -170031.0F;
+    plane.At(0, 3) = 170031.0F;
+    // The mean is 0. Next to the first four squares each 4 of the others is lost; the root lies just below
+    // the middle of two floats.
+    EXPECT_EQ(PlaneDeviation(plane.Data()), 1258954.5F);
+    EXPECT_EQ(reference::PlaneDeviation(plane.Data()), 1258954.5F);
+}
+
 TEST(FocusMeasures, OfAnEvenFrameFallBackOnTheFixedFactor) {
     const auto reduced = std::make_unique<ReducedImage>();
     const FocusFigures figures = MeasureFocus(*reduced);
@@ -231,7 +258,7 @@ struct Magnitudes {
     int highest; // below 128, so that all are finite
 };
 
-/// What no frame has, too: here every change of the order of a sum shows.
+/// What no frame has, too.
 class FocusMeasuresOfAnyFloats : public testing::TestWithParam<Magnitudes> {};
 
 TEST_P(FocusMeasuresOfAnyFloats, EqualThePlainTranscription) {

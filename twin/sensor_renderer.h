@@ -53,7 +53,7 @@ private:
     void DrawOpticalImage(const ExposureWay& way);
     void DrawPlace(std::size_t sample, const StagePosition& position, const ExposureWay& way);
     void DrawPlane(std::size_t channel);
-    void LightUp(std::vector<float>& optical) const;
+    void LightUp(std::size_t cellSample, std::vector<float>& optical) const;
 
     const Wafer& m_wafer;
     NoiseTable m_noise;

@@ -109,7 +109,8 @@ FocusTrial TryToFocus(const FlakeField& field, std::uint64_t seed, const FocusCo
     VirtualMicroscope microscope(field.wafer, setUp);
     microscope.camera.timing = conditions.timing;
     microscope.camera.exposure.gainDb = conditions.gainDb;
-    microscope.camera.exposure.exposureTimeUs /= std::pow(10.0, conditions.gainDb / 20.0);
+    microscope.camera.exposure.exposureTimeUs *=
+        conditions.level / defaultSubstrateLevel / std::pow(10.0, conditions.gainDb / 20.0);
     microscope.camera.noiseSeed = seed * 100'000U;
     microscope.globals->focusControl.focusSpeed = conditions.speed;
 

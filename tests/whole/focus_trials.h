@@ -3,6 +3,7 @@
 #include "support/virtual_microscope.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,7 +33,8 @@ struct FocusConditions {
     double mostDefocusUm = 0.0; // drawn evenly to both sides
     std::int32_t speed = 0;     // um/s
     GrabTiming timing;
-    double gainDb = 0.0; // with so much less exposure time: as bright, and noisier
+    double level = 140.0; // of bare substrate
+    double gainDb = 0.0;  // with so much less exposure time: as bright, and noisier
     ProgressAxes progress = usualProgressAxes;
 };
 

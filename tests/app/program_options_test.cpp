@@ -64,6 +64,29 @@ TEST(ProgramOptions, ChooseTheCamerasRuntime) {
     EXPECT_EQ(Options({"--camera-runtime=aravis"}).cameraRuntime, "aravis");
 }
 
+TEST(ProgramOptions, TakeAnyFileForTheFocusCurve) {
+    EXPECT_EQ(Options({}).focusCurve, "") << "not wanted";
+    EXPECT_EQ(Options({"--focus-curve", "curve.csv"}).focusCurve, "curve.csv");
+    EXPECT_EQ(Options({"--focus-curve=/data/a=b.csv"}).focusCurve, "/data/a=b.csv");
+    EXPECT_EQ(Error({"--focus-curve"}), "--focus-curve needs a value");
+    EXPECT_EQ(Error({"--focus-curve="}), "--focus-curve needs a value");
+}
+
+TEST(ProgramOptions, TakeAFocusSpeedThatTheStageHas) {
+    EXPECT_EQ(Options({}).focusSpeed, std::nullopt) << "the usual one";
+    EXPECT_EQ(Options({"--focus-speed", "1"}).focusSpeed, 1);
+    EXPECT_EQ(Options({"--focus-speed=5000"}).focusSpeed, 5000);
+}
+
+TEST(ProgramOptions, RefuseAFocusSpeedThatTheStageDoesNotHave) {
+    EXPECT_EQ(Error({"--focus-speed"}), "--focus-speed needs a value");
+    for (const std::string_view value :
+         {"0", "5001", "-100", "99999999999", "100.5", "100um", "fast", "", "1e3", " "})
+        EXPECT_EQ(Error({"--focus-speed", value}),
+                  "--focus-speed: a whole number of um/s from 1 to 5000 is needed, not '" +
+                      std::string(value) + "'");
+}
+
 TEST(ProgramOptions, SayWhichOptionNeedsAValue) {
     EXPECT_EQ(Error({"--camera"}), "--camera needs a value");
     EXPECT_EQ(Error({"--help", "--stage-port"}), "--stage-port needs a value");
@@ -86,7 +109,8 @@ TEST(ProgramOptions, RefuseArgumentsThatNobodyKnows) {
 
 TEST(ProgramHelp, NamesEveryOption) {
     for (const std::string_view option :
-         {"--camera ", "--camera-runtime", "--stage-port", "--help", "--version"})
+         {"--camera ", "--camera-runtime", "--stage-port", "--focus-curve FILE", "--focus-speed UM_PER_S",
+          "--help", "--version"})
         EXPECT_NE(ProgramHelp().find(option), std::string_view::npos) << option;
 }
 

@@ -1,8 +1,7 @@
 #include "tests/focus/search_fixture.h"
 
-#include <cmath>
+#include <algorithm>
 #include <limits>
-#include <memory>
 
 namespace tessaro {
 namespace {
@@ -170,6 +169,21 @@ TEST_F(CoarseSweepTest, GoesOnWhenAClickOutsideAScanHasStoppedTheAxes) {
     EXPECT_EQ(commands[8], MoveTo(SampleZ(1) + 20));
 }
 
+/// Of what is asked for elsewhere, in the middle of a pump for example, only the pumps before the samples
+/// take notice.
+TEST_F(CoarseSweepTest, MindsAStopFromElsewhereOnlyBeforeItSamples) {
+    BeFlat(1.0F, 5.0F);
+    At(sweepBegins + 1000, [this] { scan.stopRequested = 1; });
+    Sweep();
+    EXPECT_EQ(Information(), InformationOfSteps(90));
+    EXPECT_EQ(scan.stopRequested, 1);
+    ui.dialogs.textsSet.clear();
+    At(ui.clock.now + 500, [this] { scan.stopRequested = 1; });
+    Sweep();
+    EXPECT_EQ(Information(),
+              (Texts{"Course Focusing has started", "Stage lifting", "Course Focusing Completed"}));
+}
+
 TEST_F(CoarseSweepTest, GoesOnWhenTheQuestionIsAnsweredWithNo) {
     scan.scanning = 1;
     ui.boxes.answers = {false};
@@ -240,6 +254,35 @@ TEST_P(CoarseSweepAtAnyTime, EndsAtOnceAndLeavesZWhereItIs) {
 
 INSTANTIATE_TEST_SUITE_P(BrokenOff, CoarseSweepAtAnyTime,
                          testing::Values(BrokenOffSweep::Way::Stop, BrokenOffSweep::Way::Quit));
+
+TEST_F(CoarseSweepTest, StoppedInItsFinalMoveLeavesZOnItsWay) {
+    motion.MoveAxisTo(axisZ, 0.0);
+    BeFlat(0.0001F, 5.0F); // it goes back to where it started
+    line.onCall = [this](std::string_view call) {
+        const Texts commands = line.Commands();
+        if (call == "Read" && !commands.empty() && commands.back() == "L0" && commands.size() > 2 &&
+            ui.boxes.answers.empty() && ui.boxes.questions.empty())
+            StopScanAt(ui.clock.now);
+    };
+    Sweep();
+    EXPECT_EQ(ui.boxes.questions.size(), 1U);
+    EXPECT_EQ(Information(), InformationOfSteps(90));
+    EXPECT_TRUE(line.Moves(axisZ)) << "only a sweep without its final move is stopped";
+    ui.clock.Sleep(5000);
+    EXPECT_EQ(Z(), 0.0);
+}
+
+/// The operator presses "Coarse" while one is under way: nothing keeps the one from running in the other.
+TEST_F(CoarseSweepTest, MayRunWithinAnother) {
+    BeFlat(1.0F, 5.0F);
+    At(sweepBegins + 1000, [this] { Sweep(); });
+    Sweep();
+    EXPECT_EQ(CallsOf("score"), 2 * 91);
+    EXPECT_EQ(focus.focusBusy, 0);
+    EXPECT_EQ(liveTimer.on, 1);
+    EXPECT_EQ(std::count(ui.messages.timerCalls.begin(), ui.messages.timerCalls.end(), "set 1 every 100"), 1)
+        << "the inner one found it off";
+}
 
 TEST_F(CoarseSweepTest, WithASilentControllerEndsInItsTime) {
     line.silent = true;

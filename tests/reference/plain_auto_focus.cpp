@@ -1,7 +1,6 @@
 #include "reference/plain_auto_focus.h"
 
 #include <cmath>
-#include <vector>
 
 namespace tessaro::reference {
 namespace {
@@ -14,9 +13,9 @@ int Truncated(double value) {
 
 void CoarseFocus(FocusMachine& machine, int range, int speed) {
     // 1.
-    std::vector<float> score(90);
-    std::vector<int> z(90);
-    std::vector<float> curvature(90);
+    float score[90] = {};
+    int z[90] = {};
+    float curvature[90] = {};
     float cmax = 0.0F;
     float cmin = 0.0F;
     float maxS = 0.0F;
@@ -113,8 +112,8 @@ int FineFocus(FocusMachine& machine, float hint, int focusSpeed) {
     // 1.
     bool aborted = false;
     bool found = false;
-    std::vector<float> focusHistory(20);
-    std::vector<int> zHistory(20);
+    float focusHistory[20] = {};
+    int zHistory[20] = {};
     int trend = 0;
     int flat = 0;
     int i = 0;

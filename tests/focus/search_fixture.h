@@ -25,6 +25,7 @@ protected:
     SearchFixture() {
         stage.machine.serial = &line;
         stage.hComm = line.line;
+        focus.focusSpeed = 200;
         view.onGrab = [this] { ui.clock.Sleep(frameMs); };
     }
 

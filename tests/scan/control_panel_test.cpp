@@ -176,6 +176,7 @@ TEST_F(ControlPanelTest, MovesNothingMoreWhenItIsClosedDuringAMove) {
 TEST_F(ControlPanelTest, SweepsByTwoThousandMicrometresAtTheFocusSpeed) {
     view.sharpness = [] { return FocusFigures{0.0F, 0.0F, 11.0F, 2.0F}; };
     Open();
+    focus.focusSpeed = 200;
     Press(1016);
     EXPECT_EQ(arriving.Commands(), (Commands{"T640", "L3200", "T320", "L-3200", "O", "T640"}));
 }

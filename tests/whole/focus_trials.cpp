@@ -81,6 +81,10 @@ void Focus(VirtualMicroscope& microscope, FocusManner manner, FocusTrial& trial)
     if (manner != FocusManner::Fine)
         microscope.Wait(betweenSearchesMs);
     trial.result = focus.FineFocus(focus.Hint(), 0);
+    if (manner == FocusManner::CoarseFineTwice) {
+        microscope.Wait(betweenSearchesMs);
+        trial.result = focus.FineFocus(focus.Hint(), 0);
+    }
 }
 
 double Quantile(std::vector<double> values, double share) {

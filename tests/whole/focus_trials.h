@@ -22,10 +22,11 @@ struct FlakeField {
 
 /// What the operator does to focus.
 enum class FocusManner {
-    Coarse,         // 2000 um, focusSpeed
-    Fine,           // the climb
-    CoarseFine,     // both
-    CoarsePanelFine // between them the panel's "fine": 1000 um, half of focusSpeed
+    Coarse,          // 2000 um, focusSpeed
+    Fine,            // the climb
+    CoarseFine,      // both
+    CoarsePanelFine, // between them the panel's "fine": 1000 um, half of focusSpeed
+    CoarseFineTwice  // both, and the climb once more
 };
 
 struct FocusConditions {

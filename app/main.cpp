@@ -38,8 +38,11 @@ int Refuse(const tessaro::OptionError& error) {
 /// What is in the file stays; the position is its end.
 bool OpenToAppend(const std::string& name, std::ofstream& file) {
     file.open(name, std::ios::app);
+    if (!file.is_open())
+        return false;
     file.seekp(0, std::ios::end);
-    return file.good();
+    file.clear(); // a pipe has no end to go to
+    return true;
 }
 
 int Start(std::span<const std::string_view> arguments) {
@@ -62,7 +65,7 @@ int Start(std::span<const std::string_view> arguments) {
     QtUserInterface ui;
     std::optional<FocusCurve> curve;
     if (curveFile.is_open())
-        curve.emplace(curveFile, ui.Adapters().clock, curveFile.tellp() == 0);
+        curve.emplace(curveFile, ui.Adapters().clock, curveFile.tellp() <= 0);
     if (options.focusSpeed.has_value())
         ProgramGlobals().focusControl.focusSpeed = *options.focusSpeed;
     const std::unique_ptr<SerialPorts> serial = ChooseSerialPorts(options);

@@ -25,7 +25,7 @@ public:
     /// Dispatches messages for so long, with the live view suspended. A click, or the "Stop" command, asks
     /// whether a running scan is to stop, and stops the stage where none runs. 1 = the time has passed, 0 =
     /// the operator wants to stop; then the live view stays suspended. Once the program is told to quit,
-    /// every wait ends so: what runs is to end, and nobody is there any more who could say it.
+    /// every wait ends so, and a stop counts as requested: nobody is there any more who could ask for it.
     int PumpMessages(std::uint32_t milliseconds);
 
 private:

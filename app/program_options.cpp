@@ -49,8 +49,9 @@ Taken TakeFocusSpeed(std::string_view value, ProgramOptions& options) {
     std::int32_t speed = 0;
     std::string_view rest = value;
     if (!TakeNumber(rest, speed) || !rest.empty() || speed < 1 || speed > fastestFocusSpeed)
-        return OptionError{"--focus-speed: a whole number of um/s from 1 to 5000 is needed, not '" +
-                           std::string(value) + "'"};
+        return OptionError{"--focus-speed: a whole number of um/s from 1 to " +
+                           std::to_string(fastestFocusSpeed) + " is needed, not '" + std::string(value) +
+                           "'"};
     options.focusSpeed = speed;
     return std::nullopt;
 }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr float stepAtOne = 4.0F;   // um, at a focus value of 1
 constexpr float flatChange = 0.1F;  // less is noise
-constexpr float fallenBelow = 1.0F; // what the pass began with
+constexpr float fallenBelow = 1.0F; // the first step of the same pass, by which step 0 is measured too
 constexpr int flatStepsPerPass = 4; // 4 flat steps end the first pass, 8 the second
 
 } // namespace
@@ -34,7 +34,7 @@ ClimbHistory::Verdict ClimbHistory::Add(std::int32_t z, float previous, float fo
     m_focus[m_step] = focusValue;
     m_z[m_step] = z;
     FollowTrend(previous, focusValue);
-    if (focusValue > inFocus)
+    if (focusValue > sharpFocusValue)
         return Verdict::InFocus;
     if (m_trend < 0 || focusValue < m_focus[0] - fallenBelow ||
         m_flat >= m_pass * flatStepsPerPass + flatStepsPerPass)

@@ -7,7 +7,7 @@
 
 namespace tessaro {
 
-inline constexpr float inFocus = 10.0F; // a focus value above it needs no search
+inline constexpr float sharpFocusValue = 10.0F; // above it there is nothing to search for
 
 /// Steps that the climb of a pass may take: 10, then 20.
 constexpr int ClimbSteps(int pass) {
@@ -23,7 +23,6 @@ class ClimbHistory {
 public:
     enum class Verdict { GoOn, PassEnds, InFocus };
 
-    void Start(float focusValue) { m_focus[0] = focusValue; }
     void BeginPass(int pass);
 
     /// Step i of the pass, at z in whole um, with the focus value before it and after it.

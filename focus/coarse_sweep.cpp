@@ -9,7 +9,6 @@ namespace tessaro {
 namespace {
 
 constexpr double abovePeakUm = 20.0; // the stage had gone on when it was asked for the sample's position
-constexpr std::uint32_t arrivedPumpMs = 300;
 
 std::int32_t Doubled(std::int32_t speed) {
     using Limits = std::numeric_limits<std::int32_t>;
@@ -67,12 +66,13 @@ void CoarseSweep::GoDown() {
 bool CoarseSweep::Sample() {
     m_reach.view.GrabAndDraw();
     SweepCurve curve(m_reach.view.FocusScore());
+    Record(0, 0, Z());
     m_outcome = "all samples taken";
     for (std::size_t i = 0; i < sweepSamples; ++i) {
         m_reach.view.GrabAndDraw();
-        const std::int32_t z = TruncatedToInt32(m_reach.stage.QueryPosition(axisZ));
-        const SweepCurve::Verdict verdict = curve.Add(z, m_reach.view.FocusScore());
-        Record(0, static_cast<int>(i));
+        const double z = m_reach.stage.QueryPosition(axisZ);
+        const SweepCurve::Verdict verdict = curve.Add(TruncatedToInt32(z), m_reach.view.FocusScore());
+        Record(1, static_cast<int>(i), z);
         if (verdict == SweepCurve::Verdict::PeakPassed) {
             m_outcome = "peak passed";
             break;
@@ -90,7 +90,7 @@ bool CoarseSweep::Sample() {
 bool CoarseSweep::ShowStep(std::size_t step) {
     m_reach.status.ShowInformation(Formatted("Course Focusing step:%d", static_cast<int>(step)));
     m_reach.status.ShowStagePosition();
-    return !StopsWithin(stepPumpMs);
+    return !StopsAtStep();
 }
 
 void CoarseSweep::GoToPeak(const SweepCurve& curve) {
@@ -98,10 +98,11 @@ void CoarseSweep::GoToPeak(const SweepCurve& curve) {
     AskWhereZIs();
     const auto peak = curve.PeakZ();
     m_reach.motion.MoveAxisTo(axisZ, peak.has_value() ? *peak + abovePeakUm : m_startZ);
-    m_reach.pump.PumpMessages(arrivedPumpMs);
+    WaitThere();
 }
 
-/// Without the final move Z would go on to the lower end of the sweep.
+/// Without the final move Z would go on to the lower end of the sweep. One that was sent goes on, whoever
+/// stops the search in it.
 void CoarseSweep::StayHere() {
     if (m_moved)
         m_reach.stage.StopAxis(axisZ);
@@ -110,16 +111,8 @@ void CoarseSweep::StayHere() {
 void CoarseSweep::End() {
     DoubleSpeed();
     AskWhereZIs();
-    m_record.End(m_outcome, Z());
-    m_reach.status.ShowInformation("Course Focusing Completed");
-    m_reach.status.ShowStagePosition();
-    m_reach.control.focusBusy = 0;
-    RestoreLiveView();
-}
-
-bool CoarseSweep::Leave(std::string_view outcome) {
-    m_outcome = outcome;
-    return false;
+    RecordEnd();
+    EndSearch("Course Focusing Completed");
 }
 
 void CoarseSweep::DoubleSpeed() {

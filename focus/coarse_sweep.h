@@ -27,7 +27,6 @@ private:
     void StayHere();
     void End();
 
-    bool Leave(std::string_view outcome);
     void DoubleSpeed();
     void AskWhereZIs();
 

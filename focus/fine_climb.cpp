@@ -11,7 +11,6 @@ constexpr float tooFarToClimb = 1.0F;
 constexpr float leastAcceptable = 0.7F;
 constexpr std::int32_t sweepRangeUm = 1000;
 constexpr std::uint32_t settlePumpMs = 200;
-constexpr std::uint32_t arrivedPumpMs = 300;
 constexpr int passes = 2;
 
 constexpr const char* errorCaption = "Error in focusing";
@@ -33,7 +32,7 @@ void FineClimb::Begin() {
     StopLiveView();
     m_reach.view.GrabAndDraw();
     m_reach.view.UpdateFocusMeasures();
-    Record(0, 0);
+    Record(0, 0, Z());
 }
 
 /// Two different texts, here and at the end; this one as it has always been spelt.
@@ -44,13 +43,14 @@ void FineClimb::LookWhetherToClimb() {
         CoarseSweep(m_reach, sweepRangeUm, m_reach.control.focusSpeed).Run();
 }
 
+/// After a sweep the focus value is still the one before it, since a sweep looks at the score alone: the
+/// first step is as long as it was blurred there. That is meant.
 void FineClimb::Climb() {
     if (IsStopped()) {
         Leave("stopped");
         return;
     }
-    m_history.Start(m_reach.focusValue);
-    if (m_reach.focusValue > inFocus) {
+    if (m_reach.focusValue > sharpFocusValue) {
         Leave("in focus already");
         return;
     }
@@ -90,7 +90,7 @@ bool FineClimb::Step(int pass, int i) {
         return Leave("stopped");
     m_reach.view.GrabAndDraw();
     m_reach.view.UpdateFocusMeasures();
-    Record(pass + 1, i);
+    Record(pass + 1, i, Z());
     m_reach.status.ShowStagePosition();
     return true;
 }
@@ -106,16 +106,13 @@ void FineClimb::GoToBest() {
     m_outcome = "best of the second pass";
     if (const auto best = m_history.BestZ())
         m_reach.motion.MoveAxisTo(axisZ, *best);
-    m_reach.pump.PumpMessages(arrivedPumpMs);
+    WaitThere();
 }
 
 void FineClimb::End() {
-    m_record.End(m_outcome, Z());
-    m_reach.status.ShowInformation(m_aborted ? "Focusing Aborted." : "Focusing completed.");
-    m_reach.status.ShowStagePosition();
-    m_reach.control.focusBusy = 0;
-    RestoreLiveView();
+    EndSearch(m_aborted ? "Focusing Aborted." : "Focusing completed.");
     m_reach.view.UpdateFocusMeasures();
+    RecordEnd();
 }
 
 void FineClimb::Judge() {
@@ -124,11 +121,6 @@ void FineClimb::Judge() {
     m_reach.boxes.ShowWarning(m_reach.windows.main, "Please, adjust the sample position", errorCaption);
     m_reach.scan.scanning = 0;
     m_aborted = true;
-}
-
-bool FineClimb::Leave(std::string_view outcome) {
-    m_outcome = outcome;
-    return false;
 }
 
 bool FineClimb::Abort() {

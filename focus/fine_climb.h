@@ -28,7 +28,6 @@ private:
     void End();
     void Judge();
 
-    bool Leave(std::string_view outcome);
     bool Abort();
 
     int m_direction; // of Z

@@ -10,7 +10,8 @@ namespace {
 constexpr const char* columnNames = "started,number,search,pass,step,ms,z_um,score,focus_value,outcome";
 
 std::string Text(const LocalTime& time) {
-    return Formatted("%04d-%02d-%02d %02d:%02d", time.year, time.month, time.day, time.hour, time.minute);
+    return Formatted("%04d-%02d-%02d %02d:%02d:%02d", time.year, time.month, time.day, time.hour, time.minute,
+                     time.second);
 }
 
 } // namespace
@@ -41,24 +42,22 @@ SearchRecord::SearchRecord(FocusCurve* curve, std::string_view search) : m_curve
 }
 
 void SearchRecord::Add(int pass, int step, double z, const FocusFigures& figures) {
-    if (m_curve == nullptr)
-        return;
-    m_curve->Write(Beginning(pass, step, z) + Formatted("%.6g,%.6g,", static_cast<double>(figures.laplaceM),
-                                                        static_cast<double>(figures.focusValue)));
+    if (m_curve != nullptr)
+        m_curve->Write(Line(Formatted("%d,%d", pass, step), z, figures, ""));
 }
 
-void SearchRecord::End(std::string_view outcome, double z) {
-    if (m_curve == nullptr)
-        return;
-    const std::string text(outcome);
-    m_curve->Write(m_started + Formatted(",%d,%s,,,%llu,%.3f,,,%s", m_number, m_search.c_str(),
-                                         static_cast<unsigned long long>(m_curve->Now() - m_start), z,
-                                         text.c_str()));
+void SearchRecord::End(std::string_view outcome, double z, const FocusFigures& figures) {
+    if (m_curve != nullptr)
+        m_curve->Write(Line(",", z, figures, outcome));
 }
 
-std::string SearchRecord::Beginning(int pass, int step, double z) const {
-    return m_started + Formatted(",%d,%s,%d,%d,%llu,%.3f,", m_number, m_search.c_str(), pass, step,
-                                 static_cast<unsigned long long>(m_curve->Now() - m_start), z);
+std::string SearchRecord::Line(const std::string& step, double z, const FocusFigures& figures,
+                               std::string_view outcome) const {
+    const auto milliseconds = static_cast<unsigned long long>(m_curve->Now() - m_start);
+    return m_started +
+           Formatted(",%d,%s,%s,%llu,%.3f,%.6g,%.6g,", m_number, m_search.c_str(), step.c_str(), milliseconds,
+                     z, static_cast<double>(figures.laplaceM), static_cast<double>(figures.focusValue)) +
+           std::string(outcome);
 }
 
 } // namespace tessaro

@@ -39,14 +39,16 @@ public:
 
     bool IsWanted() const { return m_curve != nullptr; }
 
-    /// `z` in um, where the stage was asked to be after the frame was taken.
+    /// Pass 0 is the frame before the first step. `z` in um, where the stage said that it was after the frame
+    /// was taken.
     void Add(int pass, int step, double z, const FocusFigures& figures);
 
-    /// Why it ended, and where.
-    void End(std::string_view outcome, double z);
+    /// Why it ended, where, and how sharp the last frame was.
+    void End(std::string_view outcome, double z, const FocusFigures& figures);
 
 private:
-    std::string Beginning(int pass, int step, double z) const;
+    std::string Line(const std::string& step, double z, const FocusFigures& figures,
+                     std::string_view outcome) const;
 
     FocusCurve* m_curve;
     std::string m_search;

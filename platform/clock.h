@@ -11,6 +11,7 @@ struct LocalTime {
     int day = 0;   // 1 to 31
     int hour = 0;
     int minute = 0;
+    int second = 0;
 };
 
 class Clock {

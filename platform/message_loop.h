@@ -32,7 +32,8 @@ public:
 
     virtual void PostQuit(int exitCode) = 0;
 
-    virtual bool HasQuit() const = 0; // PostQuit has been called
+    /// PostQuit has been called.
+    virtual bool HasQuit() const = 0;
 
     /// What PostQuit was told; 0 before.
     virtual int ExitCode() const = 0;

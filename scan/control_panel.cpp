@@ -94,7 +94,7 @@ void ControlPanel::RecordDepth(WindowHandle dialog) {
     const std::int64_t farX = scan.originX + std::int64_t{m_reach.settings.xRange} * umPerMm;
     const std::int64_t farY = scan.originY + std::int64_t{m_reach.settings.yRange} * umPerMm;
     const auto record = [&](std::int32_t& depth, int box) {
-        depth = static_cast<std::int32_t>(at(axisZ));
+        depth = TruncatedToInt32(m_reach.stage.position[axisZ]);
         ShowInteger(m_reach.dialogs, dialog, box, depth);
     };
     if (at(axisX) == scan.originX && at(axisY) == scan.originY)

@@ -13,7 +13,7 @@ struct FocusControl {
     std::int32_t tiltMeasured = 0;
     std::int32_t tiltCorrection = 1;             // the scan follows the plane
     std::int32_t focusSpeed = defaultFocusSpeed; // um/s, of Z on the coarse search's way down
-    std::int32_t focusBusy = 0;                  // 1 while a search runs
+    std::int32_t focusBusy = 0;                  // 1 while a search runs, unless one within it has ended
 };
 
 } // namespace tessaro

@@ -198,6 +198,10 @@ struct Switch {
 constexpr std::array switches = {Switch{"--quiet", &TwinOptions::quiet}, Switch{"--help", &TwinOptions::help},
                                  Switch{"--version", &TwinOptions::version}};
 
+bool IsOfCamera(const Fault& fault) {
+    return fault.kind < FaultKind::StageSilent;
+}
+
 TwinOptionError Refused(std::initializer_list<std::string_view> pieces) {
     return {Joined(pieces)};
 }
@@ -211,6 +215,8 @@ std::string WrongTogether(const TwinOptions& options) {
         return Joined({"'", options.renderFile, "' is no name of a .png or .jpg picture"});
     if (!options.renderFile.empty() && options.renderFile == options.truthFile)
         return "--render and --truth need different files";
+    if (options.cameraAddress.empty() && std::ranges::any_of(options.faults, IsOfCamera))
+        return "--fault: there is no camera";
     if (options.at && options.limits && !IsWithin(*options.at, *options.limits))
         return "--at lies beyond --limits";
     return {};

@@ -18,13 +18,13 @@ namespace tessaro {
 /// What the command line asks of the simulated microscope.
 struct TwinOptions {
     WaferOptions wafer;
-    std::optional<StagePosition> at; // not given: the wafer's middle, in focus
-    std::string truthFile;           // empty: not wanted
-    std::string renderFile;          // empty: not wanted
+    std::optional<StagePosition> at;         // not given: the wafer's middle, in focus
+    std::string truthFile;                   // empty: not wanted
+    std::string renderFile;                  // empty: not wanted
     std::string cameraAddress = "127.0.0.1"; // empty: no camera
-    std::string stageLink;             // empty: none
-    std::string stageLog;              // empty: none
-    std::optional<StageLimits> limits; // not given: the usual ones
+    std::string stageLink;                   // empty: none
+    std::string stageLog;                    // empty: none
+    std::optional<StageLimits> limits;       // not given: the usual ones
     double timeFactor = 1.0;
     ProgressAxes progressAxes = usualProgressAxes;
     std::string serialNumber = "TWIN01";

@@ -53,11 +53,12 @@ ExposureWay Reachable(ExposureWay way) {
     return way;
 }
 
-/// Of what is spread evenly over a stretch.
+/// The standard deviation of light that is spread evenly over a stretch.
 double DeviationOfStretch(double length) {
     return length / std::sqrt(12.0);
 }
 
+/// Both together.
 double WithStretch(double blurPixels, double stretchPixels) {
     return std::min(maximumBlurPixels, std::hypot(blurPixels, DeviationOfStretch(stretchPixels)));
 }

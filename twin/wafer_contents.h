@@ -54,9 +54,9 @@ struct WaferContents {
     std::vector<WaferScratch> scratches;
 };
 
-/// Flakes of 40 um^2 or more, small ones more often than large ones, and what else lies on a wafer, none of
-/// it touching or coming near a flake. What finds no room is left out. The same options, the same contents.
-/// Large thick pieces come last and among the flakes; what else there is may lie on them.
+/// Flakes of 40 um^2 or more, small ones more often than large ones, then large thick pieces, which count as
+/// flakes too, and what else lies on a wafer. Nothing touches a flake or comes near it, but what else there
+/// is may lie on or under a thick piece. What finds no room is left out. The same options, the same contents.
 WaferContents RandomContents(const WaferOptions& options);
 
 } // namespace tessaro

@@ -88,7 +88,6 @@ public:
     }
 
     bool TimerRuns(WindowHandle window, std::uint32_t id) const { return timers.contains({window, id}); }
-    bool IsQuitting() const { return m_quitting; }
 
     struct Timer {
         std::uint64_t due = 0;

@@ -7,6 +7,8 @@
 namespace tessaro {
 
 void RunQtModal(QDialog& dialog, QtMessageLoop& messages) {
+    if (messages.HasQuit())
+        return; // there is nobody left to answer
     bool finished = false;
     const auto finish = [&] {
         finished = true;

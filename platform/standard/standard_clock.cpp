@@ -22,7 +22,8 @@ LocalTime StandardClock::Now() {
     const std::tm* local = std::localtime(&now); // one thread asks for the time
     if (local == nullptr)
         return {};
-    return {local->tm_year + 1900, local->tm_mon + 1, local->tm_mday, local->tm_hour, local->tm_min};
+    return {local->tm_year + 1900, local->tm_mon + 1, local->tm_mday,
+            local->tm_hour,        local->tm_min,     local->tm_sec};
 }
 
 } // namespace tessaro

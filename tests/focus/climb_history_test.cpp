@@ -130,9 +130,9 @@ TEST_F(ClimbHistoryTest, EndsWhenItIsMoreThanOneBelowTheFirstStep) {
     EXPECT_EQ(Climb(1, 5.5F, values).back(), ends);
 }
 
-TEST_F(ClimbHistoryTest, ForgetsTheValueBeforeThePassAtItsFirstStep) {
-    history.Start(9.0F);
-    EXPECT_EQ(Climb(0, 5.0F, {5.0F, 5.5F}), Verdicts(2, goOn)) << "4 below the value before";
+TEST_F(ClimbHistoryTest, MeasuresAFallByTheFirstStepOfThePassAndNotByWhatWasBefore) {
+    EXPECT_EQ(Climb(0, 9.0F, {9.0F, 8.96875F}), Verdicts(2, goOn));
+    EXPECT_EQ(Climb(0, 5.0F, {5.0F, 5.5F}), Verdicts(2, goOn)) << "4 below the pass before";
 }
 
 TEST_F(ClimbHistoryTest, IsInFocusAboveTen) {

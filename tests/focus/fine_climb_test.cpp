@@ -338,7 +338,7 @@ public:
             sent = line.Commands().size();
         });
         Climb();
-        reached = ui.messages.IsQuitting();
+        reached = ui.messages.HasQuit();
         if (!reached)
             return;
         EXPECT_LT(ui.clock.now, m_time + 400);

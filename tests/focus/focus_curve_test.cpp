@@ -37,7 +37,7 @@ TEST_F(FocusCurveTest, BeginsWithTheNamesOfItsColumns) {
 TEST_F(FocusCurveTest, DoesNotNameThemAgainWhereAFileIsContinued) {
     FocusCurve curve(out, clock, false);
     EXPECT_EQ(out.str(), "");
-    SearchRecord(&curve, "fine").End("stopped", 0.0);
+    SearchRecord(&curve, "fine").End("stopped", 0.0, {});
     EXPECT_EQ(Lines().size(), 1U);
 }
 
@@ -49,16 +49,16 @@ TEST_F(FocusCurveTest, HasALineForEachStepAndOneForTheEnd) {
     record.Add(0, 7, -12.5, {30.0F, 0.25F, 1.0F / 3.0F, 9.875F});
     clock.now = 7000;
     clock.localTime.minute = 8; // the search keeps when it has started
-    record.End("peak passed", 20.625);
-    EXPECT_EQ(Lines(), (Texts{"2024-03-15 14:07,1,coarse,0,7,40,-12.500,0.333333,9.875,",
-                              "2024-03-15 14:07,1,coarse,,,2000,20.625,,,peak passed"}));
+    record.End("peak passed", 20.625, {30.0F, 0.25F, 0.5F, 4.0F});
+    EXPECT_EQ(Lines(), (Texts{"2024-03-15 14:07:00,1,coarse,0,7,40,-12.500,0.333333,9.875,",
+                              "2024-03-15 14:07:00,1,coarse,,,2000,20.625,0.5,4,peak passed"}));
 }
 
 TEST_F(FocusCurveTest, HasAsManyColumnsInEveryLine) {
     FocusCurve curve(out, clock, true);
     SearchRecord record(&curve, "fine");
     record.Add(2, 19, 1e9, {0.0F, 0.0F, 1e-12F, 1e12F});
-    record.End("in focus already", -0.001);
+    record.End("in focus already", -0.001, {});
     for (const std::string& line : Lines())
         EXPECT_EQ(std::count(line.begin(), line.end(), ','), 9) << line;
 }
@@ -67,19 +67,19 @@ TEST_F(FocusCurveTest, NumbersSearchesInTheOrderOfTheirBeginning) {
     FocusCurve curve(out, clock, false);
     SearchRecord outer(&curve, "fine");
     SearchRecord inner(&curve, "coarse");
-    outer.End("outer", 0.0);
-    inner.End("inner", 0.0);
-    SearchRecord(&curve, "fine").End("next", 0.0);
-    EXPECT_EQ(Lines(), (Texts{"2024-03-15 14:07,1,fine,,,0,0.000,,,outer",
-                              "2024-03-15 14:07,2,coarse,,,0,0.000,,,inner",
-                              "2024-03-15 14:07,3,fine,,,0,0.000,,,next"}));
+    outer.End("outer", 0.0, {});
+    inner.End("inner", 0.0, {});
+    SearchRecord(&curve, "fine").End("next", 0.0, {});
+    EXPECT_EQ(Lines(), (Texts{"2024-03-15 14:07:00,1,fine,,,0,0.000,0,0,outer",
+                              "2024-03-15 14:07:00,2,coarse,,,0,0.000,0,0,inner",
+                              "2024-03-15 14:07:00,3,fine,,,0,0.000,0,0,next"}));
 }
 
 TEST_F(FocusCurveTest, IsNotWrittenWhereNobodyWantsIt) {
     SearchRecord record(nullptr, "fine");
     EXPECT_FALSE(record.IsWanted());
     record.Add(0, 0, 0.0, {});
-    record.End("stopped", 0.0);
+    record.End("stopped", 0.0, {});
 }
 
 /// Keeps what is written to itself until it is flushed, and takes so many lines.
@@ -116,7 +116,7 @@ TEST_F(FocusCurveTest, IsFlushedLineByLine) {
     SearchRecord record(&curve, "fine");
     record.Add(0, 0, 0.0, {});
     EXPECT_EQ(LinesOf(disk.flushed).size(), 2U);
-    record.End("stopped", 0.0);
+    record.End("stopped", 0.0, {});
     EXPECT_EQ(LinesOf(disk.flushed).size(), 3U);
 }
 
@@ -131,7 +131,7 @@ TEST_F(FocusCurveTest, ThatCannotBeWrittenIsToldOnce) {
     testing::internal::CaptureStderr();
     for (int step = 1; step < 10; ++step)
         record.Add(1, step, 0.0, {});
-    record.End("stopped", 0.0);
+    record.End("stopped", 0.0, {});
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "tessaro: the focus curve cannot be written any more\n");
     EXPECT_EQ(LinesOf(disk.flushed).size(), 2U);
@@ -173,7 +173,7 @@ TEST_F(RecordedSearch, HasTheStepsOfBothPasses) {
     EXPECT_EQ(Column(stepColumn),
               (Texts{"0", "0", "1", "2", "3", "0", "1", "2", "3", "4", "5", "6", "7", ""}));
     EXPECT_EQ(Column(outcomeColumn).back(), "best of the second pass");
-    EXPECT_EQ(LinesOf(out.str())[1], "2024-03-15 14:07,1,fine,1,0,341,-1.875,0.5,2,")
+    EXPECT_EQ(LinesOf(out.str())[1], "2024-03-15 14:07:00,1,fine,1,0,341,-1.875,0.5,2,")
         << "the first frame, a pump, and a step of 291 ms";
 }
 
@@ -181,13 +181,13 @@ TEST_F(RecordedSearch, ShowsASweepWithinAClimbAsASearchOfItsOwn) {
     BeFlat(0.5F, 0.75F);
     recorded.FineFocus(recorded.Hint(), 1);
     const Texts numbers = Column(numberColumn);
-    ASSERT_EQ(numbers.size(), 1U + 91U + 13U);
+    ASSERT_EQ(numbers.size(), 1U + 92U + 13U);
     EXPECT_EQ(numbers[0], "1");
-    EXPECT_EQ(std::count(numbers.begin() + 1, numbers.begin() + 92, "2"), 91);
-    EXPECT_EQ(std::count(numbers.begin() + 92, numbers.end(), "1"), 13);
+    EXPECT_EQ(std::count(numbers.begin() + 1, numbers.begin() + 93, "2"), 92);
+    EXPECT_EQ(std::count(numbers.begin() + 93, numbers.end(), "1"), 13);
     EXPECT_EQ(Column(searchColumn)[1], "coarse");
-    EXPECT_EQ(Column(outcomeColumn)[91], "all samples taken");
-    EXPECT_EQ(Column(stepColumn)[90], "89");
+    EXPECT_EQ(Column(outcomeColumn)[92], "all samples taken");
+    EXPECT_EQ(Column(stepColumn)[91], "89");
 }
 
 struct OutcomeCase {

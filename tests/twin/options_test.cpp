@@ -162,8 +162,11 @@ TEST(TwinOptions, RefuseWhatTheyDoNotKnow) {
 TEST(TwinOptions, RefuseWhatDoesNotGoTogether) {
     EXPECT_EQ(Reason({"--wafer-mm", "100", "--density", "101"}),
               "a wafer of this size and density has more than 1000000 flakes");
+    EXPECT_EQ(Accepted({"--camera-address", "none", "--fault", "stage-silent"}).cameraAddress, "");
     EXPECT_EQ(Reason({"--render", "a.bmp"}), "'a.bmp' is no name of a .png or .jpg picture");
     EXPECT_EQ(Reason({"--render", "a.png", "--truth", "a.png"}), "--render and --truth need different files");
+    EXPECT_EQ(Reason({"--camera-address", "none", "--fault", "endless-automatic"}),
+              "--fault: there is no camera");
     EXPECT_EQ(Reason({"--at", "0,0,31", "--limits", "-9:9,-9:9,-30:30"}), "--at lies beyond --limits");
 }
 

@@ -153,8 +153,8 @@ double NoiseVariance(const ExposureSettings& exposure) {
 constexpr double roundingVariance = 1.0 / 12.0;
 
 TEST(SensorRenderer, NoiseIsThatOfThePhotonsAndTheReadOut) {
-    // 41 electrons a level: a level of 140 has a variance of 140 / 41; reading out adds 0.4 levels, and the
-    // pixels differ by a hundredth.
+    // 41 electrons a level: a level of 140 has a variance of 140 / 41; reading out adds 0.4 levels. By
+    // how much the pixels differ is the same in both frames.
     EXPECT_NEAR(NoiseVariance({}), 140.0 / 41.0 + 0.16 + roundingVariance, 0.1);
 }
 

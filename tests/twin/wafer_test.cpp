@@ -80,6 +80,8 @@ TEST(Wafer, IsCoveredByThickPiecesToSomeHundredths) {
     EXPECT_LT(area / (wafer.SideUm() * wafer.SideUm()), 0.08);
 }
 
+constexpr std::size_t flakesOfAMillimetre = 60;
+
 TEST(Wafer, NothingButDirtOnThickPiecesComesNearAFlake) {
     const WaferContents contents = RandomContents(SmallWafer());
     const std::vector<WaferFlake>& flakes = contents.flakes;
@@ -89,8 +91,8 @@ TEST(Wafer, NothingButDirtOnThickPiecesComesNearAFlake) {
         for (std::size_t other = flake + 1; other < flakes.size(); ++other)
             for (const Vertex& corner : flakes[other].outline)
                 EXPECT_GT(SignedDistance(corner, flakes[flake].outline), 6.9);
-        if (flake >= 60)
-            continue; // thick pieces, the last of them all
+        if (flake >= flakesOfAMillimetre)
+            continue; // thick pieces come last
         for (const WaferStain& stain : contents.stains)
             for (const Disc& disc : stain.discs)
                 EXPECT_GT(SignedDistance(disc.centre, flakes[flake].outline) - disc.radius, 6.9);

@@ -96,7 +96,7 @@ TEST_F(FocusOnTwin, BareSubstrateIsSweptOnceAndGivenUpWhereItWas) {
     EXPECT_EQ(FocusFinely(microscope), 0);
     ExpectWarnings(microscope, {"Please, adjust the sample position"});
     ExpectCompleted(microscope, "Focusing completed.");
-    EXPECT_EQ(Lines(microscope.curveText.str(), ",coarse,0,"), 90U);
+    EXPECT_EQ(Lines(microscope.curveText.str(), ",coarse,1,"), 90U);
     EXPECT_EQ(Lines(microscope.curveText.str(), ",fine,1,"), 4U);
     EXPECT_EQ(Lines(microscope.curveText.str(), ",fine,2,"), 8U);
     microscope.LetItRest();

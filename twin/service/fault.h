@@ -6,6 +6,7 @@
 
 namespace tessaro {
 
+/// Those of the camera, then those of the stage.
 enum class FaultKind {
     CameraGone,
     LostPackets,

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@ namespace {
 using Place = std::pair<int, int>; // pixels of the screen
 
 constexpr Place coarseButton{1415, 591};
+constexpr Place focusButton{1801, 591};
 constexpr double focusZ = 40.0; // um
 constexpr double nearUm = 3.0;
 
@@ -91,6 +93,25 @@ TEST_F(FocusWindowOnTwin, ComesIntoFocusByTheMenu) {
     EXPECT_NEAR(Z(), focusZ, nearUm) << ReadText(CurveFile());
     EXPECT_TRUE(Outcomes("coarse").empty()) << "there was enough to climb by";
     display.Screenshot(screenshots / "focus-by-menu.png");
+    Exit();
+}
+
+/// As an operator would: "focus" once more where the image is not sharp yet.
+TEST_F(FocusWindowOnTwin, ComesIntoFocusFromFarByCoarseAndFocus) {
+    StartAt("1500,700,290");
+    Click(coarseButton);
+    ASSERT_TRUE(Eventually([this] { return Outcomes("coarse").size() == 1; }, std::chrono::minutes(1)));
+    EXPECT_EQ(Outcomes("coarse").back(), "peak passed");
+    EXPECT_TRUE(Eventually([this] { return Stands(); }));
+    EXPECT_NEAR(Z(), focusZ, 60.0) << ReadText(CurveFile());
+    display.Screenshot(screenshots / "focus-after-coarse.png");
+    for (std::size_t press = 1; press <= 4 && std::abs(Z() - focusZ) > nearUm; ++press) {
+        Click(focusButton);
+        ASSERT_TRUE(Eventually([&] { return Outcomes("fine").size() == press; }, std::chrono::minutes(1)));
+        EXPECT_TRUE(Eventually([this] { return Stands(); }));
+    }
+    EXPECT_NEAR(Z(), focusZ, nearUm) << ReadText(CurveFile());
+    display.Screenshot(screenshots / "focus-after-focus.png");
     Exit();
 }
 

@@ -16,11 +16,11 @@ static_assert(twinSensorWidth == 2 * frameWidth && twinSensorHeight == 2 * frame
 constexpr double holderLight = 0.12;    // what the wafer lies on, beside it
 constexpr double nothingBeyondUm = 1e7; // but the holder
 
-// The sensor at a gain of 0 dB. Pixels as small as those of a sensor of this format hold about 10,500
-// electrons, and answer light by a hundredth more or less than their neighbours.
-constexpr double electronsPerLevel = 41.0;
+// The sensor at a gain of 0 dB. Small pixels hold about 7,600 electrons, and answer light by half a hundredth
+// more or less than their neighbours.
+constexpr double electronsPerLevel = 30.0;
 constexpr double readNoiseLevels = 0.4;
-constexpr float responseDeviation = 0.01F;
+constexpr float responseDeviation = 0.005F;
 
 constexpr double longestExposureUs = 1e8;
 constexpr double largestGainDb = 60.0;

@@ -102,8 +102,8 @@ TEST(TwinProgram, ClientsOfOthersGrabItsWafer) {
     double sum = 0.0;
     for (const std::uint8_t sample : frame.bytes)
         sum += sample;
-    EXPECT_NEAR(sum / static_cast<double>(frame.bytes.size()), 137.0, 8.0)
-        << "substrate of about 140, less at the corners";
+    EXPECT_NEAR(sum / static_cast<double>(frame.bytes.size()), 130.0, 9.0)
+        << "substrate of about 140, less at the corners and where something lies";
 }
 
 TEST(TwinProgram, CameraSeesTheStageMove) {

@@ -2,7 +2,9 @@
 #include "support/travelling_port.h"
 #include "tests/app/program_fixture.h"
 
+#include <algorithm>
 #include <sstream>
+#include <string>
 
 namespace tessaro {
 namespace {

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <string>
 
 // Any field, any controller and any operator through both searches for the focus, in virtual time.
 //

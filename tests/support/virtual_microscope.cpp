@@ -4,7 +4,8 @@
 #include "twin/exposure_way.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <utility>
 
 namespace tessaro {
 namespace {
@@ -21,14 +22,7 @@ constexpr std::uint32_t restPumpMs = 100;
 
 VirtualStage::VirtualStage(const StagePosition& start, const StageLimits& limits,
                            const ProgressAxes& progress)
-    : m_axes(start, limits, 1.0), m_controller(
-                                      m_axes,
-                                      [this](std::string_view text, double) {
-                                          if (text != "p" && text != "P" && text != "Q")
-                                              commands.emplace_back(text);
-                                      },
-                                      progress),
-      m_wire(m_controller) {}
+    : m_axes(start, limits, 1.0), m_controller(m_axes, {}, progress), m_wire(m_controller) {}
 
 std::size_t VirtualStage::Receive(std::string_view bytes, std::uint64_t nowMs) {
     const double now = Advance(nowMs);
@@ -56,11 +50,6 @@ bool VirtualStage::MovesAt(std::uint64_t nowMs) {
     const double now = Advance(nowMs);
     return std::ranges::any_of(std::array<std::size_t, stageAxisCount>{0, 1, 2},
                                [&](std::size_t axis) { return m_axes.MovesAt(axis, now); });
-}
-
-void VirtualStage::Put(const StagePosition& position, std::uint64_t nowMs) {
-    m_axes.Put(position, Advance(nowMs));
-    m_controller.ForgetMoves();
 }
 
 /// Knows no features but the one that says that its images are what the program needs.
@@ -149,14 +138,6 @@ void VirtualMicroscope::LetItRest() {
 StagePosition VirtualMicroscope::Where() {
     stage.MovesAt(ui.clock.now);
     return stage.PositionAt(static_cast<double>(ui.clock.now) * secondsAMs);
-}
-
-void VirtualMicroscope::PutAtZ(double um) {
-    StagePosition position = Where();
-    position.z = um;
-    stage.Put(position, ui.clock.now);
-    Wait(restPumpMs);
-    globals->stage.QueryPosition(axisZ);
 }
 
 } // namespace tessaro

@@ -29,11 +29,8 @@ public:
     /// Where it truly is; of times up to the last call, and a little before.
     StagePosition PositionAt(double seconds) const { return m_axes.PositionAt(seconds); }
     bool MovesAt(std::uint64_t nowMs);
-    void Put(const StagePosition& position, std::uint64_t nowMs); // by hand
 
     ReplyFaultSettings& Faults() { return m_wire.Faults(); }
-
-    std::vector<std::string> commands; // that came, questions left out
 
 private:
     double Advance(std::uint64_t nowMs);
@@ -101,7 +98,6 @@ public:
 
     StagePosition Where();
     double Z() { return Where().z; }
-    void PutAtZ(double um); // by hand; the program is asked to look where Z is
 
     std::vector<std::string> Information() const { return ui.dialogs.TextsOf(panel::information); }
 

@@ -8,7 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <span>
 #include <sstream>
+#include <string>
+#include <vector>
 
 // The searches for the focus on the simulated microscope. A table over many wafers:
 //   TESSARO_FOCUS_SEEDS=100 TESSARO_FOCUS_SPEEDS=300,450 TESSARO_FOCUS_GRABS=40,110 TESSARO_FOCUS_GAINS=0,12

@@ -122,7 +122,6 @@ FocusTrial TryToFocus(const FlakeField& field, std::uint64_t seed, const FocusCo
     const std::uint64_t start = microscope.ui.clock.now;
     Focus(microscope, conditions.manner, trial);
     trial.seconds = static_cast<double>(microscope.ui.clock.now - start) / msPerSecond;
-    trial.restsAtEnd = !microscope.stage.MovesAt(microscope.ui.clock.now);
     microscope.LetItRest();
     trial.errorUm = microscope.Z() - field.place.z;
     trial.curve = microscope.curveText.str();
@@ -138,7 +137,6 @@ FocusTally::FocusTally(const std::vector<FocusTrial>& all) : trials(static_cast<
         within3 += error <= 3.0 ? 1 : 0;
         within10 += error <= 10.0 ? 1 : 0;
         within30 += error <= 30.0 ? 1 : 0;
-        moving += trial.restsAtEnd ? 0 : 1;
         errors.push_back(error);
         seconds.push_back(trial.seconds);
     }

@@ -3,7 +3,6 @@
 #include "support/virtual_microscope.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,7 +44,6 @@ struct FocusTrial {
     double errorUm = 0.0;   // when all has come to rest
     double seconds = 0.0;   // of virtual time
     int result = 1;         // of the fine search
-    bool restsAtEnd = true; // otherwise Z was still under way when the search was over
     std::string curve;
     std::vector<double> exposedAtZ; // um, of each frame
 };
@@ -59,7 +57,6 @@ struct FocusTally {
     int within3 = 0; // um
     int within10 = 0;
     int within30 = 0;
-    int moving = 0; // Z was under way when the search was over
     double medianUm = 0.0;
     double ninetiethUm = 0.0;
     double medianSeconds = 0.0;

@@ -214,6 +214,7 @@ public:
         EXPECT_EQ(Information().back(), "Course Focusing Completed");
         EXPECT_EQ(focus.focusBusy, 0);
         EXPECT_EQ(liveTimer.on, 1);
+        EXPECT_TRUE(LiveTimerRuns());
         const Texts commands = line.Commands();
         EXPECT_EQ(commands.back(), "T160");
         wasOnItsWayBack = commands.size() > 5 && commands[5][0] == 'L';
@@ -268,8 +269,29 @@ TEST_F(CoarseSweepTest, StoppedInItsFinalMoveLeavesZOnItsWay) {
     EXPECT_EQ(ui.boxes.questions.size(), 1U);
     EXPECT_EQ(Information(), InformationOfSteps(90));
     EXPECT_TRUE(line.Moves(axisZ)) << "only a sweep without its final move is stopped";
+    EXPECT_EQ(Outcomes(), Texts{"stopped on the final move"});
     ui.clock.Sleep(5000);
     EXPECT_EQ(Z(), 0.0);
+}
+
+TEST_F(CoarseSweepTest, StoppedAfterItsFinalMoveEndsAtOnce) {
+    BeFlat(1.0F, 5.0F);
+    std::uint64_t stopped = 0;
+    line.onCall = [&](std::string_view call) {
+        const Texts commands = line.Commands();
+        if (call == "Read" && stopped == 0 && commands.size() == 6 && !line.Moves(axisZ)) {
+            stopped = ui.clock.now + 150; // its arrival, where Z is and a pump last 50 ms; 300 ms follow
+            StopScanAt(stopped);
+        }
+    };
+    Sweep();
+    EXPECT_EQ(Information(), InformationOfSteps(90));
+    EXPECT_EQ(Outcomes(), Texts{"stopped on the final move"});
+    EXPECT_EQ(ui.boxes.questions.size(), 1U);
+    EXPECT_LT(ui.clock.now, stopped + 50) << "where Z is";
+    EXPECT_EQ(line.Commands().back(), "T160");
+    EXPECT_EQ(focus.focusBusy, 0);
+    EXPECT_TRUE(LiveTimerRuns());
 }
 
 /// The operator presses "Coarse" while one is under way: nothing keeps the one from running in the other.
@@ -308,6 +330,28 @@ TEST_F(CoarseSweepTest, EndsWhenTheLineHangsUp) {
     EXPECT_EQ(stage.position[2], SampleZ(1) + 20.0) << "the stage in memory";
     EXPECT_LT(ui.clock.now, 15'000U);
     EXPECT_EQ(focus.focusBusy, 0);
+}
+
+/// And "focus" in the middle of a sweep, which then samples where the climb has left Z.
+TEST_F(CoarseSweepTest, MayHaveAClimbWithin) {
+    BeFlat(1.0F, 2.0F);
+    int result = 0;
+    At(sweepBegins + 1000, [&] {
+        EXPECT_EQ(focus.focusBusy, 1);
+        result = autoFocus.FineFocus(autoFocus.Hint(), 1);
+        EXPECT_EQ(focus.focusBusy, 0) << "nor is the sweep any more";
+        EXPECT_EQ(liveTimer.on, 0) << "the sweep goes on";
+        EXPECT_FALSE(LiveTimerRuns());
+    });
+    Sweep();
+    EXPECT_EQ(result, 1);
+    EXPECT_EQ(ClimbSteps().size(), 4U + 8U);
+    EXPECT_EQ(CallsOf("score"), 91);
+    EXPECT_EQ(Outcomes(), (Texts{"best of the second pass", "all samples taken"}));
+    EXPECT_EQ(line.toldZ.at(line.toldZ.size() - 5), line.toldZ.at(line.toldZ.size() - 10));
+    EXPECT_EQ(focus.focusBusy, 0);
+    EXPECT_EQ(liveTimer.on, 1);
+    EXPECT_TRUE(LiveTimerRuns());
 }
 
 TEST_F(CoarseSweepTest, EndsWithALineThatWasGoneBefore) {

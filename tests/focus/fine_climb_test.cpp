@@ -1,3 +1,4 @@
+#include "app/number_text.h"
 #include "tests/focus/search_fixture.h"
 
 #include <algorithm>
@@ -99,7 +100,9 @@ TEST_F(FineClimbTest, ChoosesAmongTheSecondPassOnly) {
     EXPECT_EQ(ClimbSteps(), Steps(6, 2));
 }
 
-TEST_F(FineClimbTest, TakesTenAndThenTwentySteps) {
+TEST_F(FineClimbTest, TakesTenAndThenTwentyStepsAndStaysAtTheLastWhenItIsTheBest) {
+    motion.MoveAxisTo(axisZ, 100.0); // 160 steps
+    line.writes.clear();
     float value = 2.0F;
     view.sharpness = [&] {
         value += 0.125F;
@@ -107,7 +110,16 @@ TEST_F(FineClimbTest, TakesTenAndThenTwentySteps) {
     };
     EXPECT_EQ(Climb(), 1);
     EXPECT_EQ(ClimbSteps(), Steps(10, 20));
-    EXPECT_EQ(stage.position[2], Z());
+    // Ten times 2 um down, which is 4 steps; up six times 2 um, 3 steps, and above a value of 4 fourteen
+    // times 1 um, 1 step. The twentieth entry is 152 steps, 95 um; the one before is kept as 94.
+    const Texts commands = line.Commands();
+    ASSERT_EQ(commands.size(), 31U);
+    EXPECT_EQ(commands[9], "L120");
+    EXPECT_EQ(commands[28], "L151");
+    EXPECT_EQ(commands[29], "L152");
+    EXPECT_EQ(commands[30], "L152");
+    EXPECT_EQ(stage.position[2], 95.0);
+    EXPECT_EQ(Z(), 95.0);
 }
 
 TEST_F(FineClimbTest, KeepsZWhereItIsWhenTheSecondPassEndsAtItsFirstStep) {
@@ -231,6 +243,38 @@ TEST_F(FineClimbTest, KeepsTheLiveViewOffThroughASweepWithin) {
     ExpectNotBusy();
 }
 
+/// That is meant: a search ends its own busy time, and with it that of the one within which it ran.
+TEST_F(FineClimbTest, IsNotBusyAnyMoreOnceItsSweepHasEnded) {
+    BeFocused(0.5F);
+    int climbing = 0;
+    view.onGrab = [&] {
+        ui.clock.Sleep(frameMs);
+        climbing += ClimbSteps().empty() ? 0 : 1;
+        EXPECT_EQ(focus.focusBusy, ClimbSteps().empty() ? 1 : 0);
+    };
+    Climb();
+    EXPECT_EQ(climbing, 4 + 8);
+    ExpectNotBusy();
+}
+
+/// The sweep looks at the score alone. It leaves Z where the value is 11, and the climb begins with the value
+/// of before: by a step of 4 / sqrt(0.5), so of 5 um, 8 motor steps.
+TEST_F(FineClimbTest, BeginsAfterItsSweepWithTheFocusValueOfBefore) {
+    Be([](double z) { return 0.05 + Peak(3.0, 12.0, z + 300.0); },
+       [](double z) { return std::abs(z + 300.0) < 60.0 ? 11.0 : 0.5; });
+    EXPECT_EQ(Climb(), 1);
+    EXPECT_EQ(Outcomes(), (Texts{"peak passed", "in focus"})) << "not in focus already";
+    EXPECT_EQ(ClimbSteps(), Steps(1, 0));
+    const Texts commands = line.Commands();
+    ASSERT_EQ(commands.size(), 9U); // the last four: to the peak, the speed, the step, stopped there
+    const auto steps = [&](std::size_t i) { return ParsedInteger(commands[i].substr(1)).value_or(0); };
+    EXPECT_EQ(commands[5][0], 'L');
+    EXPECT_NEAR(steps(5), -280 * 1.6, 40 * 1.6) << "in focus";
+    EXPECT_NEAR(steps(7), steps(5) - 8, 1);
+    EXPECT_EQ(commands[8], "O");
+    EXPECT_EQ(focusValue, 11.0F);
+}
+
 TEST_F(FineClimbTest, LeavesALiveViewOffThatWasOff) {
     liveTimer.on = 0;
     BeFocused(0.5F);
@@ -266,7 +310,8 @@ struct StopCase {
 /// On a flat curve of 2.0. The first frame lasts until 40, the pump until 50. Then for each step: a pump of
 /// 10; a read that finds the arrival of 57 and 10 ms of silence; where Z is, 11; a pump of 10; 200; 10; 40
 /// for the frame. So the first step's pumps are 50 to 60, 81 to 91, 91 to 291 and 291 to 301; the turn's 1214
-/// to 1414.
+/// to 1414. The second pass: 1414 to 1424, 1445 to 1455, 1455 to 1655 and 1655 to 1665; the turn's 3742 to
+/// 3942. The way back is told at 3957: the move's pumps 3942 to 3952 and 3978 to 3988, the last one to 4288.
 class FineClimbStopped : public FineClimbTest, public testing::WithParamInterface<StopCase> {};
 
 TEST_P(FineClimbStopped, SaysAbortedOnlyInTheLongPumps) {
@@ -290,19 +335,58 @@ INSTANTIATE_TEST_SUITE_P(Times, FineClimbStopped,
                                          StopCase{85, false, 1, "as the move has ended"},
                                          StopCase{150, true, 1, "settling"},
                                          StopCase{295, false, 1, "after settling"},
-                                         StopCase{1300, true, 4, "between the passes"}));
+                                         StopCase{1300, true, 4, "between the passes"},
+                                         StopCase{1420, false, 5, "as the second pass begins"},
+                                         StopCase{1460, true, 5, "settling in the second pass"},
+                                         StopCase{1650, true, 5, "at the end of settling"},
+                                         StopCase{1660, false, 5, "after settling in the second pass"},
+                                         StopCase{3750, true, 12, "at the second turn"},
+                                         StopCase{3935, true, 12, "at the end of the second turn"}));
 
-TEST_F(FineClimbTest, IsCompleteWhenItIsStoppedOnItsWayToTheBestPosition) {
+/// In the move's first pump and in its last, and in the one after it.
+class FineClimbStoppedAtItsEnd : public FineClimbTest, public testing::WithParamInterface<std::uint64_t> {};
+
+TEST_P(FineClimbStoppedAtItsEnd, IsCompleteAndLetsZGoToTheBestPosition) {
     BeFocused(2.0F);
-    view.onGrab = [this] {
-        ui.clock.Sleep(frameMs);
-        if (CallsOf("grab") == 1 + 12)
-            StopScanAt(ui.clock.now + 205); // behind the turn's pump
-    };
+    StopScanAt(GetParam());
     EXPECT_EQ(Climb(), 1);
     EXPECT_EQ(Information(), completed);
+    EXPECT_EQ(Outcomes(), Texts{"stopped on the final move"});
     EXPECT_EQ(line.Commands().back(), "L-8");
     EXPECT_EQ(ui.boxes.questions.size(), 1U);
+    EXPECT_EQ(scan.stopRequested, 1);
+    EXPECT_EQ(scan.scanning, 1);
+    ExpectNotBusy();
+    ui.clock.Sleep(1000);
+    EXPECT_EQ(Z(), -5.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Times, FineClimbStoppedAtItsEnd, testing::Values(3947, 3983, 3995, 4280));
+
+TEST_F(FineClimbTest, IsNotStoppedAnyMoreOnceItIsOver) {
+    BeFocused(2.0F);
+    StopScanAt(4295);
+    EXPECT_EQ(Climb(), 1);
+    EXPECT_EQ(Outcomes(), Texts{"best of the second pass"});
+    EXPECT_EQ(ui.clock.now, 4288U);
+    EXPECT_TRUE(ui.boxes.questions.empty());
+}
+
+/// The operator presses "focus" in the middle of one: nothing keeps the one from running in the other.
+TEST_F(FineClimbTest, MayRunWithinAnother) {
+    BeFocused(2.0F);
+    int results = 0;
+    At(500, [&] {
+        results += Climb();
+        EXPECT_EQ(focus.focusBusy, 0) << "nor is the outer one";
+        EXPECT_EQ(liveTimer.on, 0) << "the outer one goes on";
+    });
+    results += Climb();
+    EXPECT_EQ(results, 2);
+    EXPECT_EQ(ClimbSteps().size(), 2U * 12U);
+    EXPECT_EQ(Outcomes(), Texts(2, "best of the second pass"));
+    EXPECT_EQ(std::count(ui.messages.timerCalls.begin(), ui.messages.timerCalls.end(), "set 1 every 100"), 1);
+    ExpectNotBusy();
 }
 
 TEST_F(FineClimbTest, StoppedInItsSweepDoesNotClimb) {
@@ -346,6 +430,8 @@ public:
         for (std::size_t i = sent; i < commands.size(); ++i)
             EXPECT_NE(commands[i][0], 'L') << "it is sent nowhere any more";
         EXPECT_EQ(focus.focusBusy, 0);
+        // It still says that the image is not sharp; that nobody has to answer is the boxes' part.
+        ExpectWarnings(m_value < 0.7F ? Texts{badEnd} : Texts{});
         const auto way = std::find_if(commands.rbegin(), commands.rend(),
                                       [](const std::string& command) { return command[0] == 'L'; });
         const bool returns = way != commands.rend() && commands.size() > 5 && *std::next(way) == "T640";

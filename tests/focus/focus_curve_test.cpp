@@ -137,14 +137,14 @@ TEST_F(FocusCurveTest, ThatCannotBeWrittenIsToldOnce) {
     EXPECT_EQ(LinesOf(disk.flushed).size(), 2U);
 }
 
-/// Searches whose curve is wanted.
+/// Searches and their curve.
 class RecordedSearch : public SearchFixture {
 protected:
     void SetUp() override { liveTimer.on = 0; }
 
     Texts Column(std::size_t index) const {
         Texts values;
-        for (const std::string& written : LinesOf(out.str())) {
+        for (const std::string& written : LinesOf(curveText.str())) {
             std::istringstream in(written);
             std::string value;
             for (std::size_t i = 0; i <= index; ++i)
@@ -158,28 +158,23 @@ protected:
     static constexpr std::size_t passColumn = 3;
     static constexpr std::size_t stepColumn = 4;
     static constexpr std::size_t outcomeColumn = 9;
-
-    std::ostringstream out;
-    FocusCurve curve{out, ui.clock, false};
-    AutoFocus recorded{{view, focus, focusValue, scan, stage, motion, pump, liveView, liveTimer, status,
-                        ui.boxes, windows, &curve}};
 };
 
 TEST_F(RecordedSearch, HasTheStepsOfBothPasses) {
     BeFlat(0.5F, 2.0F);
-    EXPECT_EQ(recorded.FineFocus(recorded.Hint(), 1), 1);
+    EXPECT_EQ(autoFocus.FineFocus(autoFocus.Hint(), 1), 1);
     EXPECT_EQ(Column(passColumn),
               (Texts{"0", "1", "1", "1", "1", "2", "2", "2", "2", "2", "2", "2", "2", ""}));
     EXPECT_EQ(Column(stepColumn),
               (Texts{"0", "0", "1", "2", "3", "0", "1", "2", "3", "4", "5", "6", "7", ""}));
     EXPECT_EQ(Column(outcomeColumn).back(), "best of the second pass");
-    EXPECT_EQ(LinesOf(out.str())[1], "2024-03-15 14:07:00,1,fine,1,0,341,-1.875,0.5,2,")
+    EXPECT_EQ(LinesOf(curveText.str())[1], "2024-03-15 14:07:00,1,fine,1,0,341,-1.875,0.5,2,")
         << "the first frame, a pump, and a step of 291 ms";
 }
 
 TEST_F(RecordedSearch, ShowsASweepWithinAClimbAsASearchOfItsOwn) {
     BeFlat(0.5F, 0.75F);
-    recorded.FineFocus(recorded.Hint(), 1);
+    autoFocus.FineFocus(autoFocus.Hint(), 1);
     const Texts numbers = Column(numberColumn);
     ASSERT_EQ(numbers.size(), 1U + 92U + 13U);
     EXPECT_EQ(numbers[0], "1");
@@ -206,9 +201,9 @@ TEST_P(SearchOutcome, IsTheLastOfTheLine) {
     if (example.stopAt > 0)
         StopScanAt(example.stopAt);
     if (example.isFine)
-        recorded.FineFocus(recorded.Hint(), 1);
+        autoFocus.FineFocus(autoFocus.Hint(), 1);
     else
-        recorded.CoarseFocus(recorded.Hint(), 150, 50);
+        autoFocus.CoarseFocus(autoFocus.Hint(), 150, 50);
     EXPECT_EQ(Column(outcomeColumn).back(), example.outcome);
 }
 
@@ -224,19 +219,19 @@ INSTANTIATE_TEST_SUITE_P(Outcomes, SearchOutcome,
 TEST_F(RecordedSearch, OfAPeakSaysThatItWasPassedOrFound) {
     Be([](double z) { return 0.05 + Peak(3.0, 4.0, z); },
        [](double z) { return z > 3.0 ? 10.5 : 9.0 + z / 4.0; });
-    recorded.CoarseFocus(recorded.Hint(), 150, 50);
+    autoFocus.CoarseFocus(autoFocus.Hint(), 150, 50);
     EXPECT_EQ(Column(outcomeColumn).back(), "peak passed");
     motion.MoveAxisTo(axisZ, 0.0);
     focus.xTilt = 1.0F;
-    recorded.FineFocus(recorded.Hint(), 1);
+    autoFocus.FineFocus(autoFocus.Hint(), 1);
     EXPECT_EQ(Column(outcomeColumn).back(), "in focus");
 }
 
 TEST_F(RecordedSearch, DoesNotMindACurveThatCannotBeWritten) {
-    out.setstate(std::ios::badbit);
+    curveText.setstate(std::ios::badbit);
     BeFlat(0.5F, 2.0F);
     testing::internal::CaptureStderr();
-    EXPECT_EQ(recorded.FineFocus(recorded.Hint(), 1), 1);
+    EXPECT_EQ(autoFocus.FineFocus(autoFocus.Hint(), 1), 1);
     testing::internal::GetCapturedStderr();
     EXPECT_EQ(ClimbSteps().size(), 12U);
 }

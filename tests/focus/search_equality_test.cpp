@@ -4,8 +4,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <memory>
 #include <random>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace tessaro {
 namespace {
@@ -58,6 +62,18 @@ public:
         return {Formatted("%.9g %.9g", stage.position[2], static_cast<double>(focusValue)),
                 Formatted("%d %d %d %d", focus.focusBusy, scan.stopRequested, scan.scanning, m_result),
                 Formatted("%d %d %d %d", liveTimer.on, liveTimer.previous, liveTimer.saved, stage.offline)};
+    }
+    /// What of the searches' ways it has gone.
+    std::set<std::string> Ways() const {
+        const Texts outcomes = Outcomes();
+        std::set<std::string> ways(outcomes.begin(), outcomes.end());
+        for (const auto& warning : ui.boxes.warnings)
+            ways.insert(warning.text);
+        const Texts steps = ClimbSteps();
+        if (!steps.empty() && steps.back() == "Focusing step:1-0" &&
+            outcomes.back() == "best of the second pass")
+            ways.insert("second pass ended at once");
+        return ways;
     }
     bool Climbed() const { return !ClimbSteps().empty(); }
     bool Swept() const { return CallsOf("score") > 0; }
@@ -183,6 +199,7 @@ TEST(Searches, DoWhatThePlainTranscriptionDoesCallByCall) {
     int climbs = 0;
     int sweeps = 0;
     int both = 0;
+    std::map<std::string, int> ways;
     testing::internal::CaptureStdout(); // the link says all that it sends
     for (std::uint32_t seed = 1; seed <= 600; ++seed) {
         SCOPED_TRACE(seed);
@@ -191,6 +208,8 @@ TEST(Searches, DoWhatThePlainTranscriptionDoesCallByCall) {
         climbs += pair.program->Climbed() ? 1 : 0;
         sweeps += pair.program->Swept() ? 1 : 0;
         both += pair.program->Climbed() && pair.program->Swept() ? 1 : 0;
+        for (const std::string& way : pair.program->Ways())
+            ++ways[way];
         if (testing::Test::HasFailure())
             break;
     }
@@ -198,6 +217,11 @@ TEST(Searches, DoWhatThePlainTranscriptionDoesCallByCall) {
     EXPECT_GT(climbs, 200);
     EXPECT_GT(sweeps, 200);
     EXPECT_GT(both, 40);
+    for (const char* way :
+         {"Please, adjust the sample posion", "Please, adjust the sample position", "peak passed",
+          "already sharp", "all samples taken", "best of the second pass", "second pass ended at once",
+          "in focus", "in focus already", "stopped", "stopped on the final move", "aborted"})
+        EXPECT_GE(ways[way], 3) << way;
 }
 
 } // namespace

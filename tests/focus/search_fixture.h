@@ -1,6 +1,7 @@
 #pragma once
 
 #include "focus/auto_focus.h"
+#include "focus/focus_curve.h"
 #include "support/scripted_focus_view.h"
 #include "support/shell_fixture.h"
 #include "support/travelling_port.h"
@@ -9,6 +10,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -76,6 +78,15 @@ protected:
                 steps.push_back(text);
         return steps;
     }
+    /// How the searches have ended, in the order in which they did.
+    Texts Outcomes() const {
+        Texts outcomes;
+        std::istringstream lines(curveText.str());
+        for (std::string each; std::getline(lines, each);)
+            if (!each.ends_with(','))
+                outcomes.push_back(each.substr(each.rfind(',') + 1));
+        return outcomes;
+    }
     std::int64_t CallsOf(const std::string& call) const {
         return std::count(view.calls.begin(), view.calls.end(), call);
     }
@@ -85,8 +96,10 @@ protected:
     FocusControl focus;
     float focusValue = 10.0F;
     ScriptedFocusView view{focusValue};
-    AutoFocus autoFocus{
-        {view, focus, focusValue, scan, stage, motion, pump, liveView, liveTimer, status, ui.boxes, windows}};
+    std::ostringstream curveText; // without the names of its columns
+    FocusCurve curve{curveText, ui.clock, false};
+    AutoFocus autoFocus{{view, focus, focusValue, scan, stage, motion, pump, liveView, liveTimer, status,
+                         ui.boxes, windows, &curve}};
 
 private:
     std::vector<std::function<void()>> m_acts;

@@ -324,6 +324,28 @@ TEST_F(DepthRecording, KeepsTheDepthWhenThePanelIsClosedMeanwhile) {
     EXPECT_EQ(focus.focusBusy, 0);
 }
 
+TEST_F(DepthRecording, RecordsTwiceWhenFocusIsPressedInTheMiddleOfFocusing) {
+    view.sharpness = [] { return FocusFigures{0.0F, 0.0F, 1.0F, 2.0F}; };
+    Commands within;
+    ui.messages.onDispatch = [&](const Message& message) {
+        if (message.kind != MessageKind::Other)
+            return;
+        Press(1023);
+        within = dialogs.TextsOf(1019);
+        EXPECT_EQ(focus.focusBusy, 0) << "nor is the first one any more";
+        EXPECT_EQ(liveTimer.on, 0) << "which goes on";
+    };
+    ui.messages.PostAt(500, {windows.main, MessageKind::Other});
+    FocusAt(1000.0, -500.0, 0.0);
+    EXPECT_EQ(within.size(), 1U);
+    EXPECT_EQ(dialogs.TextsOf(1019).size(), 2U);
+    EXPECT_EQ(PanelText(1019), std::to_string(scan.zOrigin));
+    EXPECT_EQ(Information(), (Commands{"Auto focusing has started.", "Auto focusing has started.",
+                                       "Focusing completed.", "Focusing completed."}));
+    EXPECT_EQ(focus.focusBusy, 0);
+    EXPECT_EQ(liveTimer.on, 1);
+}
+
 TEST_F(DepthRecording, ShowsNothingInAPanelThatWasOpenedMeanwhile) {
     view.sharpness = [] { return FocusFigures{0.0F, 0.0F, 1.0F, 2.0F}; };
     ui.messages.onDispatch = [&](const Message&) {

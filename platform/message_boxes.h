@@ -7,7 +7,8 @@
 namespace tessaro {
 
 /// Questions and warnings that the operator has to answer before going on. Messages of all windows are
-/// dispatched meanwhile. Texts may hold tabs and line feeds.
+/// dispatched meanwhile. Texts may hold tabs and line feeds. None is shown, and nobody waited for, once the
+/// program is told to quit.
 class MessageBoxes {
 public:
     virtual ~MessageBoxes() = default;

@@ -1,4 +1,5 @@
 #include "focus/focus_curve.h"
+#include "platform/fake/scripted_camera.h"
 #include "support/travelling_port.h"
 #include "tests/app/program_fixture.h"
 
@@ -126,6 +127,35 @@ TEST_P(ProgramClosed, InTheMiddleOfASearchEndsSoonAndLeavesZWhereItIs) {
     EXPECT_FALSE(travelling.Moves(axisZ));
     EXPECT_EQ(globals->focusControl.focusBusy, 0);
     EXPECT_EQ(Config(), defaultLine) << "what the end of the program writes is written";
+}
+
+/// The last frame is judged all the same, and no box of a program that is told to quit is waited for.
+TEST_F(ProgramFocus, ClosedOverAnEvenFieldEndsSoonAndSaysThatItIsNotSharp) {
+    ScriptedCamera camera([](const std::string& breach) { ADD_FAILURE() << breach; });
+    camera.features["PixelFormat"] = {ScriptedFeature::Enumeration{"Mono8", {"Mono8", "BayerRG8"}}};
+    camera.onCall = [&camera](const std::string& call) {
+        if (camera.StepsLeft() == 0 && (call.starts_with("RetrieveResult") || call.starts_with("GrabOne")))
+            camera.ThenImage(sensorWidth, sensorHeight,
+                             ScriptedCamera::Samples(sensorByteCount, std::uint8_t{90}));
+    };
+    cameraRuntime = &camera;
+    constexpr std::uint64_t closing = running + 500;
+    std::size_t warned = 0;
+    PressAtTime(running, focusButton);
+    At(closing - 1, [&] {
+        EXPECT_EQ(globals->focusControl.focusBusy, 1);
+        EXPECT_EQ(globals->camera.testPatternPhase, 0U);
+        warned = ui.boxes.warnings.size();
+    });
+    EXPECT_EQ(RunUntil(closing), 0);
+    EXPECT_LT(ui.clock.now, closing + 1000);
+    EXPECT_EQ(warned, 1U) << "that there is nothing to see";
+    ASSERT_EQ(ui.boxes.warnings.size(), 2U);
+    EXPECT_EQ(ui.boxes.warnings.back().text, "Please, adjust the sample position");
+    EXPECT_TRUE(ui.boxes.questions.empty());
+    EXPECT_LT(globals->focusValue, 0.7F);
+    EXPECT_EQ(globals->focusControl.focusBusy, 0);
+    EXPECT_EQ(Config(), defaultLine);
 }
 
 INSTANTIATE_TEST_SUITE_P(Coarse, ProgramClosed,

@@ -3,6 +3,7 @@
 #include "tests/platform/recording_procedures.h"
 #include "tests/support/temporary_folder.h"
 
+#include <QEvent>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -14,6 +15,21 @@
 
 namespace tessaro {
 namespace {
+
+/// Counts the dialogs that come to the screen.
+class ShownDialogs : public QObject {
+public:
+    ShownDialogs() { qApp->installEventFilter(this); }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Show && qobject_cast<QDialog*>(watched) != nullptr)
+            ++count;
+        return false;
+    }
+};
 
 /// Questions, warnings and the file chooser, with an owner whose timer is the operator.
 class QtQuestions : public testing::Test {
@@ -127,6 +143,18 @@ TEST_F(QtQuestions, AreNoWhenTheProgramEnds) {
     Operator([&] { m_machine.ui.messages.PostQuit(0); });
     EXPECT_FALSE(Ask());
     EXPECT_EQ(Box(), nullptr);
+}
+
+TEST_F(QtQuestions, AreNotEvenShownOnceTheProgramIsToldToQuit) {
+    const ShownDialogs shown;
+    Operator([] { operator_input::Click(*Box()->button(QMessageBox::Yes)); });
+    EXPECT_TRUE(Ask());
+    EXPECT_EQ(shown.count, 1) << "it would be noticed";
+    m_machine.ui.messages.PostQuit(0);
+    EXPECT_FALSE(Ask());
+    m_machine.ui.boxes.ShowWarning(m_owner, "text", "Warning");
+    EXPECT_EQ(m_machine.ui.chooser.ChooseFileToOpen(), std::nullopt);
+    EXPECT_EQ(shown.count, 1);
 }
 
 TEST_F(QtQuestions, AreNoWhenTheirOwnerGoes) {

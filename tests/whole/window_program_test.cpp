@@ -165,6 +165,31 @@ TEST_F(WindowProgram, OpensTheControlPanelAgainAfterItWasClosed) {
     Exit();
 }
 
+TEST_F(WindowProgram, ContinuesTheFileOfTheFocusCurve) {
+    const std::string file = (home.Path() / "curve.csv").string();
+    arguments.insert(arguments.end(), {"--focus-curve", file});
+    const std::string header = "started,number,search,pass,step,ms,z_um,score,focus_value,outcome\n";
+    const auto occurrences = [&file](const std::string& part) {
+        const std::string text = ReadText(file);
+        int count = 0;
+        for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+            ++count;
+        return count;
+    };
+    for (int searches = 1; searches <= 2; ++searches) {
+        Start();
+        EXPECT_EQ(occurrences(",fine,1,0,"), searches - 1) << "what was there has stayed";
+        Menu("Auto focusing");
+        ASSERT_TRUE(Eventually([&] { return occurrences(",best of the second pass\n") == searches; }))
+            << ReadText(file);
+        Exit();
+    }
+    EXPECT_TRUE(ReadText(file).starts_with(header));
+    EXPECT_EQ(occurrences(header), 1);
+    EXPECT_EQ(occurrences(",fine,0,0,"), 2) << "the frames before the first steps";
+    EXPECT_EQ(occurrences(",fine,1,0,"), 2);
+}
+
 TEST_F(WindowProgram, LeavesTheKeyboardToOtherProgramsWhenThePointerMovesOverIt) {
     Start();
     const BackgroundProgram other("display",
@@ -248,6 +273,14 @@ TEST_F(TessaroCommandLine, RefusesWhatItDoesNotKnowWithStatusTwo) {
     const ProgramRun run = Run({"--zoom"});
     EXPECT_EQ(run.exitStatus, 2);
     EXPECT_EQ(run.errors, "tessaro: unknown argument '--zoom'\nTry 'tessaro --help'.\n");
+}
+
+TEST_F(TessaroCommandLine, RefusesAFocusCurveThatCannotBeWrittenBeforeItLooksForADisplay) {
+    const ProgramRun run = Run({"--camera", "none", "--focus-curve", "/no/such/folder/x.csv"},
+                               "DISPLAY=:4711 QT_QPA_PLATFORM=xcb ");
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_EQ(run.errors, "tessaro: --focus-curve: '/no/such/folder/x.csv' cannot be written\n"
+                          "Try 'tessaro --help'.\n");
 }
 
 TEST_F(TessaroCommandLine, EndsWithAReasonWhereThereIsNoDisplay) {

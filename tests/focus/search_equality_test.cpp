@@ -116,6 +116,8 @@ private:
             return FocusFigures{0.0F, 0.0F, static_cast<float>(score),
                                 static_cast<float>(0.0009 + score * scale)};
         };
+        if (Below(20) == 0) // nothing lies there
+            view.sharpness = [] { return FocusFigures{0.0F, 0.0001F, 0.0001F, 0.0001F * 10.0F}; };
     }
 
     void PutUpStage() {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <memory>
@@ -19,10 +20,14 @@ constexpr Place coarseButton{1415, 591};
 constexpr Place focusButton{1801, 591};
 constexpr double focusZ = 40.0; // um
 constexpr double nearUm = 3.0;
+constexpr const char* focusSpeed = "300";    // um/s
+constexpr const char* sweepCommand = "T480"; // in steps/s
+constexpr const char* liftCommand = "T960";  // twice that
 
 /// What the file of the focus curve says, in the order of its lines.
 struct CurveLine {
     std::string search;
+    double focusValue = 0.0;
     std::string outcome; // of the line that ends a search; empty in all others
 };
 
@@ -38,7 +43,7 @@ std::vector<CurveLine> CurveOf(const std::string& text) {
             else
                 cells.back() += character;
         }
-        lines.push_back({cells.at(2), cells.back()});
+        lines.push_back({cells.at(2), std::stod(cells.at(8)), cells.back()});
         begin = end;
     }
     return lines;
@@ -52,7 +57,8 @@ protected:
         options.insert(options.end(), {"--seed", "5", "--focus-z", "40", "--at", place, "--quiet"});
         twin = std::make_unique<RunningTwin>(TESSARO_TWIN, options);
         ASSERT_TRUE(twin->IsReady()) << twin->Errors();
-        arguments = {"--camera", "127.0.0.1", "--stage-port", stage.LinkPath(), "--focus-curve", CurveFile()};
+        arguments = {"--camera",      "127.0.0.1", "--stage-port",  stage.LinkPath(),
+                     "--focus-curve", CurveFile(), "--focus-speed", focusSpeed};
         Start();
         WaitForTheWafer();
     }
@@ -66,6 +72,20 @@ protected:
             if (line.search == search && !line.outcome.empty())
                 outcomes.push_back(line.outcome);
         return outcomes;
+    }
+
+    /// Until a sweep is on its way down, and closes the window then.
+    void CloseInTheSweep() {
+        ASSERT_TRUE(Eventually([this] {
+            const std::vector<CurveLine> lines = CurveOf(ReadText(CurveFile()));
+            return std::ranges::count(lines, "coarse", &CurveLine::search) > 3;
+        }));
+        display.Close(mainTitle);
+        ASSERT_TRUE(
+            Eventually([this] { return program->ExitStatus().has_value(); }, std::chrono::seconds(10)));
+        EXPECT_EQ(program->ExitStatus(), 0);
+        EXPECT_EQ(Outcomes("coarse"), std::vector<std::string>{"stopped"});
+        EXPECT_TRUE(Eventually([this] { return Stands(); }, std::chrono::seconds(2)));
     }
 
     /// The camera is adjusted.
@@ -118,12 +138,20 @@ TEST_F(FocusWindowOnTwin, ComesIntoFocusFromFarByCoarseAndFocus) {
 TEST_F(FocusWindowOnTwin, IsClosedInTheMiddleOfASearchAndLeavesNothingMoving) {
     StartAt("1500,700,200");
     Click(coarseButton);
-    ASSERT_TRUE(Eventually([this] { return CurveOf(ReadText(CurveFile())).size() > 3; }));
-    display.Close(mainTitle);
-    ASSERT_TRUE(Eventually([this] { return program->ExitStatus().has_value(); }, std::chrono::seconds(10)));
-    EXPECT_EQ(program->ExitStatus(), 0);
-    EXPECT_EQ(Outcomes("coarse"), std::vector<std::string>{"stopped"});
-    EXPECT_TRUE(Eventually([this] { return !TwinStage::Moves(*twin); }, std::chrono::seconds(2)));
+    CloseInTheSweep();
+    const std::vector<std::string> orders = stage.Orders();
+    const auto lift = std::ranges::find(orders, liftCommand);
+    ASSERT_NE(lift, orders.end()) << "the speed of the command line";
+    EXPECT_NE(std::find(lift, orders.end(), sweepCommand), orders.end());
+}
+
+/// It has something to say about the sample then, and nobody is there to answer.
+TEST_F(FocusWindowOnTwin, IsClosedInTheMiddleOfASearchThatSeesTooLittleAndWaitsForNobody) {
+    StartAt("1500,700,200");
+    Menu("Auto focusing");
+    CloseInTheSweep();
+    EXPECT_EQ(Outcomes("fine"), std::vector<std::string>{"stopped"});
+    EXPECT_LT(CurveOf(ReadText(CurveFile())).back().focusValue, 0.7);
 }
 
 } // namespace

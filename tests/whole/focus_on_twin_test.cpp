@@ -3,20 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <span>
 #include <sstream>
 #include <string>
 #include <vector>
 
-// The searches for the focus on the simulated microscope. A table over many wafers:
-//   TESSARO_FOCUS_SEEDS=100 TESSARO_FOCUS_SPEEDS=300,450 TESSARO_FOCUS_GRABS=40,110 TESSARO_FOCUS_GAINS=0,12
-//   TESSARO_FOCUS_MANNERS=0,1,2,3,4 tessaro_focus_on_twin_test --gtest_filter='*EndNearTheFocus'
-// TESSARO_FOCUS_CURVES=FOLDER keeps the curve of every trial.
+// The searches for the focus on the simulated microscope. tessaro-focus-table makes tables of many.
 
 namespace tessaro {
 namespace {
@@ -175,106 +171,18 @@ TEST_F(FocusOnTwin, ASilentZIsSampledOnItsWayDown) {
         EXPECT_LT(z[i + 1], z[i]);
 }
 
-/// What a table is made for. Few trials unless the environment says more.
-struct TableWishes {
-    static std::string Text(const char* name, const std::string& usual) {
-        const char* value = std::getenv(name);
-        return value == nullptr ? usual : value;
-    }
-    static std::vector<int> Numbers(const char* name, const std::string& usual) {
-        std::vector<int> numbers;
-        std::istringstream all(Text(name, usual));
-        for (std::string number; std::getline(all, number, ',');)
-            numbers.push_back(std::stoi(number));
-        return numbers;
-    }
-
-    std::vector<int> seeds = Numbers("TESSARO_FOCUS_SEEDS", "2"); // the number of them, and the first
-    std::vector<int> speeds = Numbers("TESSARO_FOCUS_SPEEDS", "450");
-    std::vector<int> grabs = Numbers("TESSARO_FOCUS_GRABS", "40"); // ms
-    std::vector<int> gains = Numbers("TESSARO_FOCUS_GAINS", "0");  // dB
-    std::vector<int> levels = Numbers("TESSARO_FOCUS_LEVELS", "140");
-    std::vector<int> manners = Numbers("TESSARO_FOCUS_MANNERS", "2");
-    std::vector<int> told = Numbers("TESSARO_FOCUS_TOLD", "0"); // the progress of Z
-    bool upwards = Text("TESSARO_FOCUS_UPWARDS", "0") == "1";   // begins the climb
-    std::string curves = Text("TESSARO_FOCUS_CURVES", {});      // a folder
-};
-
-constexpr std::array<double, 5> mostDefocusUm = {900.0, 30.0, 300.0, 300.0, 300.0};
-constexpr std::array<const char*, 5> mannerNames = {"coarse", "fine", "coarse+fine", "coarse+panel+fine",
-                                                    "coarse+fine+fine"};
-constexpr int quickGrabMs = 60;
-constexpr std::uint32_t afterExposureBeginsMs = 45; // a slow grab waits for its exposure, and is then quick
-
-FocusConditions ConditionsOf(int manner, int level, int gain, int grab, int speed, bool told) {
-    FocusConditions conditions;
-    conditions.manner = static_cast<FocusManner>(manner);
-    conditions.mostDefocusUm = mostDefocusUm[static_cast<std::size_t>(manner)];
-    conditions.level = level;
-    conditions.gainDb = gain;
-    conditions.speed = speed;
-    conditions.progress = {true, true, told};
-    conditions.timing.lastsMs = static_cast<std::uint32_t>(grab);
-    if (grab > quickGrabMs)
-        conditions.timing.exposureBeginsMs = conditions.timing.lastsMs - afterExposureBeginsMs;
-    return conditions;
-}
-
-void KeepCurve(const std::string& file, const FlakeField& field, const FocusTrial& trial) {
-    std::ofstream out(file);
-    out << "# focus at " << field.place.z << " um, began " << trial.defocusUm << " um from it, ended "
-        << trial.errorUm << " um from it after " << trial.seconds << " s, result " << trial.result << '\n'
-        << trial.curve << "# exposed at, um from the focus:";
-    for (const double z : trial.exposedAtZ)
-        out << ' ' << z - field.place.z;
-    out << '\n';
-}
-
-FocusTally Row(const TableWishes& wishes, const FocusConditions& conditions) {
-    std::vector<FocusTrial> trials;
-    const auto first = static_cast<std::uint64_t>(wishes.seeds.size() > 1 ? wishes.seeds[1] : 1);
-    const auto count = static_cast<std::uint64_t>(wishes.seeds[0]);
-    const char* const name = mannerNames[static_cast<std::size_t>(conditions.manner)];
-    for (std::uint64_t seed = first; seed < first + count; ++seed) {
-        const FlakeField field(seed);
-        trials.push_back(TryToFocus(field, seed, conditions));
-        if (!wishes.curves.empty())
-            KeepCurve(wishes.curves + '/' + name + "-level" + std::to_string(std::lround(conditions.level)) +
-                          "-gain" + std::to_string(std::lround(conditions.gainDb)) + "-grab" +
-                          std::to_string(conditions.timing.lastsMs) + "-speed" +
-                          std::to_string(conditions.speed) + (conditions.progress[2] ? "-told" : "") +
-                          (conditions.xTilt > 0.0F ? "-up-" : "-") + std::to_string(seed) + ".csv",
-                      field, trials.back());
-    }
-    const FocusTally tally(trials);
-    std::fprintf(
-        stderr, "| %s | %.0f | %.0f | %u | %d | %s | %d | %d | %d | %d | %.1f | %.1f | %.1f | %.1f |\n", name,
-        conditions.level, conditions.gainDb, conditions.timing.lastsMs, conditions.speed,
-        conditions.progress[2] ? "told" : "silent", tally.trials, tally.within3, tally.within10,
-        tally.within30, tally.medianUm, tally.ninetiethUm, tally.medianSeconds, tally.longestSeconds);
-    return tally;
-}
-
 TEST_F(FocusOnTwin, CoarseAndThenFineEndNearTheFocus) {
-    const TableWishes wishes;
-    std::fputs(
-        "| search | level | gain dB | grab ms | speed | Z | trials | 3 um | 10 um | 30 um | median | 90 % | "
-        "s | longest |\n",
-        stderr);
-    for (const int told : wishes.told)
-        for (const int manner : wishes.manners)
-            for (const int level : wishes.levels)
-                for (const int gain : wishes.gains)
-                    for (const int grab : wishes.grabs)
-                        for (const int speed : wishes.speeds) {
-                            FocusConditions conditions =
-                                ConditionsOf(manner, level, gain, grab, speed, told != 0);
-                            conditions.xTilt = wishes.upwards ? 0.001F : 0.0F;
-                            const FocusTally tally = Row(wishes, conditions);
-                            if (std::getenv("TESSARO_FOCUS_SEEDS") == nullptr) {
-                                EXPECT_EQ(tally.within10, tally.trials);
-                            }
-                        }
+    FocusConditions conditions;
+    conditions.manner = FocusManner::CoarseFine;
+    conditions.mostDefocusUm = 300.0;
+    conditions.speed = 450;
+    for (const std::uint64_t seed : {1U, 2U}) {
+        const FocusTrial trial = TryToFocus(FlakeField(seed), seed, conditions);
+        EXPECT_EQ(trial.result, 1) << seed;
+        EXPECT_NEAR(trial.errorUm, 0.0, 10.0) << seed << ", begun at " << trial.defocusUm;
+        EXPECT_EQ(Lines(trial.curve, ",coarse,1,0,"), 1U) << seed;
+        EXPECT_EQ(Lines(trial.curve, ",fine,1,0,"), 1U) << seed << ": not in focus before the climb";
+    }
 }
 
 } // namespace

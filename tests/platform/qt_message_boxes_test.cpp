@@ -150,6 +150,7 @@ TEST_F(QtQuestions, AreNotEvenShownOnceTheProgramIsToldToQuit) {
     Operator([] { operator_input::Click(*Box()->button(QMessageBox::Yes)); });
     EXPECT_TRUE(Ask());
     EXPECT_EQ(shown.count, 1) << "it would be noticed";
+    Operator([] {});
     m_machine.ui.messages.PostQuit(0);
     EXPECT_FALSE(Ask());
     m_machine.ui.boxes.ShowWarning(m_owner, "text", "Warning");

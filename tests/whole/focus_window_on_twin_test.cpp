@@ -20,9 +20,10 @@ constexpr Place coarseButton{1415, 591};
 constexpr Place focusButton{1801, 591};
 constexpr double focusZ = 40.0; // um
 constexpr double nearUm = 3.0;
-constexpr const char* focusSpeed = "300";    // um/s
-constexpr const char* sweepCommand = "T480"; // in steps/s
-constexpr const char* liftCommand = "T960";  // twice that
+
+// Of a focus speed of 300 um/s, in steps/s.
+constexpr const char* sweepCommand = "T480";
+constexpr const char* liftCommand = "T960"; // twice that
 
 /// What the file of the focus curve says, in the order of its lines.
 struct CurveLine {
@@ -52,13 +53,13 @@ std::vector<CurveLine> CurveOf(const std::string& text) {
 /// The operator's program looks at the simulated wafer from a height above its focus.
 class FocusWindowOnTwin : public WindowDriver {
 protected:
-    void StartAt(const std::string& place) {
+    void StartAt(const std::string& place, const std::vector<std::string>& extra = {}) {
         std::vector<std::string> options = stage.Options();
         options.insert(options.end(), {"--seed", "5", "--focus-z", "40", "--at", place, "--quiet"});
         twin = std::make_unique<RunningTwin>(TESSARO_TWIN, options);
         ASSERT_TRUE(twin->IsReady()) << twin->Errors();
-        arguments = {"--camera",      "127.0.0.1", "--stage-port",  stage.LinkPath(),
-                     "--focus-curve", CurveFile(), "--focus-speed", focusSpeed};
+        arguments = {"--camera", "127.0.0.1", "--stage-port", stage.LinkPath(), "--focus-curve", CurveFile()};
+        arguments.insert(arguments.end(), extra.begin(), extra.end());
         Start();
         WaitForTheWafer();
     }
@@ -132,7 +133,7 @@ TEST_F(FocusWindowOnTwin, ComesIntoFocusFromFarByCoarseAndFocus) {
 }
 
 TEST_F(FocusWindowOnTwin, IsClosedInTheMiddleOfASearchAndLeavesNothingMoving) {
-    StartAt("1500,700,200");
+    StartAt("1500,700,200", {"--focus-speed", "300"});
     Click(coarseButton);
     ASSERT_TRUE(Eventually([this] { return CurveOf(ReadText(CurveFile())).size() > 3; }));
     CloseTheWindow();
@@ -145,7 +146,7 @@ TEST_F(FocusWindowOnTwin, IsClosedInTheMiddleOfASearchAndLeavesNothingMoving) {
 /// It has something to say about the sample then, and nobody is there to answer. The sweep takes its second
 /// frame 4 s after it has begun.
 TEST_F(FocusWindowOnTwin, IsClosedInTheMiddleOfASearchThatSeesTooLittleAndWaitsForNobody) {
-    StartAt("1500,700,150");
+    StartAt("1500,700,150", {"--focus-speed", "300"});
     Menu("Auto focusing");
     ASSERT_TRUE(Eventually([this] {
         const std::vector<std::string> orders = stage.Orders();

@@ -85,12 +85,28 @@ protected:
         EXPECT_TRUE(Eventually([this] { return Stands(); }, std::chrono::seconds(2)));
     }
 
-    /// The camera is adjusted.
+    /// The camera is adjusted: the image is as bright as before, time and again. The contrast of a field that
+    /// grows darker looks like one that gets out of focus.
     void WaitForTheWafer() {
-        ASSERT_TRUE(Eventually([this] {
-            const auto screen = display.Screenshot(screenshots / "focus-wafer.png");
-            return screen.has_value() && screen->Pixel(30, 300)[1] > 100 && screen->Pixel(620, 900)[1] > 100;
+        double last = 0.0;
+        int alike = 0;
+        ASSERT_TRUE(Eventually([&] {
+            const double brightness = Brightness();
+            alike = brightness > 100.0 && std::abs(brightness - last) < 0.3 ? alike + 1 : 0;
+            last = brightness;
+            return alike >= 4;
         }));
+    }
+
+    /// Mean of many pixels of the image.
+    double Brightness() {
+        const auto screen = display.Screenshot(screenshots / "focus-wafer.png");
+        double sum = 0.0;
+        int count = 0;
+        for (int y = 100; screen.has_value() && y < 1000; y += 5)
+            for (int x = 50; x < 1200; x += 5, ++count)
+                sum += screen->Pixel(x, y)[1];
+        return count == 0 ? 0.0 : sum / count;
     }
 
     double Z() { return TwinStage::Place(*twin)[2]; }

@@ -160,8 +160,7 @@ TEST_F(ProgramFocus, ClosedOverAnEvenFieldEndsSoonAndSaysThatItIsNotSharp) {
 
 INSTANTIATE_TEST_SUITE_P(Coarse, ProgramClosed,
                          testing::Values(ClosingCase{coarseButton, 5}, ClosingCase{coarseButton, 1000},
-                                         ClosingCase{coarseButton, 2200}, ClosingCase{coarseButton, 3000},
-                                         ClosingCase{coarseButton, 4700}, ClosingCase{coarseButton, 5500}));
+                                         ClosingCase{coarseButton, 3000}, ClosingCase{coarseButton, 4700}));
 INSTANTIATE_TEST_SUITE_P(Fine, ProgramClosed,
                          testing::Values(ClosingCase{focusButton, 5}, ClosingCase{focusButton, 100},
                                          ClosingCase{focusButton, 220}, ClosingCase{focusButton, 1100},

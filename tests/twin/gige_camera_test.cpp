@@ -176,6 +176,7 @@ void ExpectWholeFrames(ArvClient& client, const std::string& after) {
     client.SetInteger("Height", 2056);
     client.SetText("PixelFormat", "BayerRG8");
     client.WriteRegister(reg::framePeriodUs, 25'000);
+    client.WriteRegister(reg::streamPacketSize, 65'000); // streams count on what they read at their start
     EXPECT_EQ(client.Error(), "") << after;
     client.Start();
     EXPECT_TRUE(Eventually([&] { // what the nonsense made it send may still be under way

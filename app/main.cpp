@@ -71,7 +71,7 @@ int Start(std::span<const std::string_view> arguments) {
     const std::unique_ptr<SerialPorts> serial = ChooseSerialPorts(options);
     return RunProgram(ProgramGlobals(), ui.Adapters(),
                       {*std::get<std::unique_ptr<CameraRuntime>>(cameras), *serial},
-                      curve.has_value() ? &*curve : nullptr);
+                      {curve.has_value() ? &*curve : nullptr});
 }
 
 } // namespace

@@ -18,8 +18,8 @@ constexpr std::uint32_t waitAfterStageMs = 100;
 
 class Program {
 public:
-    Program(Globals& globals, const UserInterface& ui, const Devices& devices, FocusCurve* focusCurve)
-        : m_globals(globals), m_services(globals, ui, devices, focusCurve), m_operations(m_services),
+    Program(Globals& globals, const UserInterface& ui, const Devices& devices, const Listeners& listeners)
+        : m_globals(globals), m_services(globals, ui, devices, listeners), m_operations(m_services),
           m_mainWindow(m_operations, globals.mainWindow) {}
 
     int Run() {
@@ -116,8 +116,9 @@ private:
 
 } // namespace
 
-int RunProgram(Globals& globals, const UserInterface& ui, const Devices& devices, FocusCurve* focusCurve) {
-    return Program(globals, ui, devices, focusCurve).Run();
+int RunProgram(Globals& globals, const UserInterface& ui, const Devices& devices,
+               const Listeners& listeners) {
+    return Program(globals, ui, devices, listeners).Run();
 }
 
 } // namespace tessaro

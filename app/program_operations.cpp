@@ -2,53 +2,24 @@
 
 #include "analysis/background_model.h"
 #include "analysis/background_view.h"
-#include "analysis/candidates.h"
 #include "analysis/channel_view.h"
-#include "analysis/decision_with_images.h"
-#include "analysis/frame_statistics.h"
-#include "analysis/grouping.h"
 #include "analysis/pixel_probe.h"
 
 namespace tessaro {
-namespace {
-
-/// What an analysis of the current field works on, drawing on the main window while this lives.
-class CurrentField {
-public:
-    explicit CurrentField(Services& services)
-        : m_drawing(services.ui.drawing),
-          m_context(m_drawing.GetWindowContext(services.globals.windows.main)),
-          m_field{services.globals.settings, services.globals.frame,       services.globals.measured,
-                  services.globals.analyzer, *services.globals.grainTable, services.globals.findings,
-                  services.globals.scratch,  m_drawing.Surface(m_context), &services.analysisStatus} {}
-    ~CurrentField() { m_drawing.ReleaseContext(m_context); }
-    CurrentField(const CurrentField&) = delete;
-    CurrentField& operator=(const CurrentField&) = delete;
-
-    FieldAnalysis& Get() { return m_field; }
-
-private:
-    WindowDrawing& m_drawing;
-    DeviceContext m_context;
-    FieldAnalysis m_field;
-};
-
-} // namespace
-
 void ProgramOperations::AdoptMainWindow(WindowHandle window) {
     m_globals.windows.main = window;
 }
 
 void ProgramOperations::GrabFrame(int exposures) {
-    m_services.camera.GrabFrame(exposures);
+    m_services.currentField.GrabFrame(exposures);
 }
 
 void ProgramOperations::ShowFrame() {
-    m_services.screen.ShowBuffer(m_globals.camera.workingFrame.Data());
+    m_services.currentField.ShowFrame();
 }
 
 void ProgramOperations::ComputeFrameStatistics() {
-    tessaro::ComputeFrameStatistics(m_globals.frame, m_globals.frame, m_globals.measured);
+    m_services.currentField.ComputeFrameStatistics();
 }
 
 void ProgramOperations::UpdateFocusMeasures() {
@@ -76,34 +47,19 @@ void ProgramOperations::FitBackgroundModel() {
 }
 
 void ProgramOperations::FindCandidates(bool paint) {
-    if (!CanAnalyse())
-        return;
-    CurrentField field(m_services);
-    tessaro::FindCandidates(field.Get(), paint);
-}
-
-/// At start-up nobody looks whether there was memory for the grain table.
-bool ProgramOperations::CanAnalyse() const {
-    return m_globals.grainTable != nullptr;
+    m_services.currentField.FindCandidates(paint);
 }
 
 void ProgramOperations::RejectNoise() {
-    tessaro::RejectNoise(m_globals.analyzer);
+    m_services.currentField.RejectNoise();
 }
 
 void ProgramOperations::GroupGrains() {
-    if (!CanAnalyse())
-        return;
-    CurrentField field(m_services);
-    tessaro::GroupGrains(field.Get());
+    m_services.currentField.GroupGrains();
 }
 
 void ProgramOperations::DecideSingleLayers() {
-    if (!CanAnalyse())
-        return;
-    CurrentField field(m_services);
-    DecideAndSaveSingleLayers(field.Get(), m_globals.camera.workingFrame, m_services.images,
-                              m_globals.folders, m_globals.stage, m_globals.scan);
+    m_services.currentField.DecideSingleLayers();
 }
 
 void ProgramOperations::ProbePixel(std::uint32_t position) {
@@ -153,7 +109,9 @@ void ProgramOperations::FineFocus() {
     m_services.autoFocus.FineFocus(m_services.autoFocus.Hint(), 1);
 }
 
-void ProgramOperations::RunScan() {}
+void ProgramOperations::RunScan() {
+    m_services.scanRun.RunScan();
+}
 
 void ProgramOperations::OpenControlPanel() {
     m_services.controlPanel.Open(m_globals.windows.main);

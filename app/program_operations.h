@@ -5,8 +5,7 @@
 
 namespace tessaro {
 
-/// The operations of the main window, done. Those of scanning and of the contrast dialog do nothing until
-/// these are there.
+/// The operations of the main window, done. That of the contrast dialog does nothing until it is there.
 class ProgramOperations : public Operations {
 public:
     explicit ProgramOperations(Services& services) : m_services(services), m_globals(services.globals) {}
@@ -58,8 +57,6 @@ public:
     void PostQuit(int exitCode) override;
 
 private:
-    bool CanAnalyse() const;
-
     Services& m_services;
     Globals& m_globals;
 };

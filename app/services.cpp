@@ -4,7 +4,7 @@
 
 namespace tessaro {
 
-Services::Services(Globals& g, UserInterface adapters, Devices devices, FocusCurve* focusCurve)
+Services::Services(Globals& g, UserInterface adapters, Devices devices, const Listeners& listeners)
     : globals(g), ui(adapters), status(ui.dialogs, g.windows, g.stage, g.shownPosition),
       liveView(g.liveTimer, ui.messages, g.windows),
       pump(ui.clock, ui.messages, ui.boxes, liveView, status, g.scan, g.stage, g.windows),
@@ -15,9 +15,13 @@ Services::Services(Globals& g, UserInterface adapters, Devices devices, FocusCur
       focusMeter(g.measured, g.focusValue, status),
       focusView(camera, screen, focusMeter, g.frame, g.measured),
       autoFocus({focusView, g.focusControl, g.focusValue, g.scan, g.stage, stageMotion, pump, liveView,
-                 g.liveTimer, status, ui.boxes, g.windows, focusCurve}),
-      analysisStatus(status), controlPanel({ui.dialogs, g.windows, g.settings, g.focusControl, g.scan,
-                                            g.stage, stageMotion, autoFocus, status}),
+                 g.liveTimer, status, ui.boxes, g.windows, listeners.focusCurve}),
+      analysisStatus(status), currentField({g, ui.drawing, camera, screen, images, analysisStatus}),
+      tiltPlane({focusView, autoFocus, g.stage, stageMotion, pump, status, g.scan, g.settings}),
+      scanRun({currentField, images, tiltPlane, g.focusControl, g.stage, stageMotion, pump, liveView,
+               g.liveTimer, status, g.scan, g.settings, g.findings.totalFound, listeners.scan}),
+      controlPanel({ui.dialogs, ui.windows, g.windows, g.settings, g.focusControl, g.scan, g.stage,
+                    stageMotion, autoFocus, tiltPlane, currentField, scanRun, liveView, g.liveTimer, status}),
       aboutBox(ui.dialogs), motorController(ui.windows, ui.drawing, g.windows, liveView, g.liveTimer,
                                             stageMotion, status, pump, [this] { RefreshView(); }),
       portDialog(ui.dialogs, g.windows, g.stage, [this] { camera.InitializeCamera(); }),

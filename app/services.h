@@ -3,6 +3,7 @@
 #include "analysis/field_analysis.h"
 #include "analysis/panel_status.h"
 #include "app/about_box.h"
+#include "app/current_field.h"
 #include "app/globals.h"
 #include "app/live_view.h"
 #include "app/message_pump.h"
@@ -16,6 +17,9 @@
 #include "platform/devices.h"
 #include "platform/user_interface.h"
 #include "scan/control_panel.h"
+#include "scan/scan_listener.h"
+#include "scan/scan_run.h"
+#include "scan/tilt_plane.h"
 #include "stage/motor_controller.h"
 #include "stage/port_dialog.h"
 #include "stage/stage_dialog.h"
@@ -23,9 +27,15 @@
 
 namespace tessaro {
 
+/// Who is told what a run of the program does; null where nobody is.
+struct Listeners {
+    FocusCurve* focusCurve = nullptr; // what the searches for the focus see
+    ScanListener* scan = nullptr;
+};
+
 /// Everything that acts on the globals, put together on one set of adapters.
 struct Services {
-    Services(Globals& g, UserInterface adapters, Devices devices, FocusCurve* focusCurve = nullptr);
+    Services(Globals& g, UserInterface adapters, Devices devices, const Listeners& listeners = {});
     Services(const Services&) = delete;
     Services& operator=(const Services&) = delete;
 
@@ -42,6 +52,9 @@ struct Services {
     FocusOnField focusView;
     AutoFocus autoFocus;
     PanelStatus analysisStatus;
+    CurrentField currentField;
+    TiltPlane tiltPlane;
+    ScanRun scanRun;
     ControlPanel controlPanel;
     AboutBox aboutBox;
     MotorController motorController;

@@ -79,7 +79,7 @@ TEST_F(ProgramFocus, RecordsWhatItSawWhereThatIsWanted) {
     FocusCurve curve(out, ui.clock, true);
     ChooseAt(running, autoFocusing);
     ui.messages.PostAt(done, {mainWindow, MessageKind::Close});
-    RunProgram(*globals, ui.Adapters(), {*cameraRuntime, *serialPorts}, &curve);
+    RunProgram(*globals, ui.Adapters(), {*cameraRuntime, *serialPorts}, {&curve});
     const std::string written = out.str();
     EXPECT_EQ(std::count(written.begin(), written.end(), '\n'), 1 + 13 + 1);
     EXPECT_NE(written.find(",best of the second pass\n"), std::string::npos);

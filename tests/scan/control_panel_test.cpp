@@ -1,5 +1,6 @@
 #include "scan/control_panel.h"
 #include "support/arriving_port.h"
+#include "support/scripted_field.h"
 #include "support/scripted_focus_view.h"
 #include "support/shell_fixture.h"
 
@@ -37,7 +38,17 @@ protected:
     ScriptedFocusView view{focusValue};
     AutoFocus autoFocus{
         {view, focus, focusValue, scan, stage, motion, pump, liveView, liveTimer, status, ui.boxes, windows}};
-    ControlPanel panel{{dialogs, windows, settings, focus, scan, stage, motion, autoFocus, status}};
+    ScriptedField field;
+    ImageFolders folders{ui.folders};
+    ScreenView screenView;
+    Screen screen{screenView, ui.drawing, ui.windows, windows, status, pump};
+    ImageFiles images{folders, ui.folders, ui.pictures, ui.clock, screen, ui.drawing, windows, status, stage};
+    std::int32_t totalFound = 0;
+    TiltPlane tilt{{view, autoFocus, stage, motion, pump, status, scan, settings}};
+    ScanRun scanRun{{field, images, tilt, focus, stage, motion, pump, liveView, liveTimer, status, scan,
+                     settings, totalFound}};
+    ControlPanel panel{{dialogs, ui.windows, windows, settings, focus, scan, stage, motion, autoFocus, tilt,
+                        field, scanRun, liveView, liveTimer, status}};
 };
 
 TEST_F(ControlPanelTest, IsDialog137ShownBesideItsOwner) {
@@ -278,7 +289,7 @@ TEST_F(DepthRecording, TakesTheOriginWhereARangeIsNothing) {
 
 TEST_F(DepthRecording, FollowsNegativeRangesAndOrigins) {
     scan.originX = -3000;
-    settings.xRange = -2;
+    dialogs.SetItemText(windows.controlPanel, 1012, "-2");
     FocusAt(-5000.0, -500.0, 31.0);
     EXPECT_EQ(Depths(), (Recorded{7777, 31, 7777}));
 }
@@ -287,8 +298,8 @@ TEST_F(DepthRecording, HasNoFarEndBeyondWhatAPositionCanBe) {
     constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
     scan.originX = most;
     scan.originY = most;
-    settings.xRange = most;
-    settings.yRange = most;
+    dialogs.SetItemText(windows.controlPanel, 1012, "2147483647");
+    dialogs.SetItemText(windows.controlPanel, 1015, "2147483647");
     FocusAt(1e12, 1e12, 1e12);
     EXPECT_EQ(Depths(), (Recorded{most, 7777, 7777})) << "the nearest that can be told";
     FocusAt(-1e12, most, 31.0);

@@ -37,7 +37,7 @@ public:
 private:
     class Server;
     struct alignas(8) FrameSize { // as one word, which is exchanged without a lock
-        int width = 0; // 0: none
+        int width = 0;            // 0: none
         int height = 0;
         bool operator==(const FrameSize&) const = default;
     };

@@ -114,7 +114,8 @@ TEST_F(StageWindowOnTwin, MovesTheWaferUnderTheLensByKeysWithTheBoxesFollowing) 
     for (std::size_t i = 0; i < moves.size(); ++i) {
         const std::string boxes = PositionBoxes();
         const std::string image = Image();
-        const auto& [key, target] = moves[i];
+        const std::string& key = moves[i].first;
+        const Position& target = moves[i].second;
         PressUntil(key, orders[i]);
         EXPECT_TRUE(Eventually([&] { return PositionBoxes() != boxes; })) << key;
         EXPECT_TRUE(Eventually([&] { return Image() != image; })) << key;

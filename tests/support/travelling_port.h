@@ -66,6 +66,8 @@ private:
         bool tells = false; // its arrival is still to be told
 
         std::uint64_t EndsAt() const {
+            if (to == from)
+                return start; // whatever the speed
             return start + static_cast<std::uint64_t>(std::ceil(std::abs(to - from) * 1000.0 / speed));
         }
     };

@@ -34,6 +34,7 @@ bool DecideGrain(FieldAnalysis& field, FlakeScorer& scorer, int g) {
     const auto index = static_cast<std::size_t>(g);
     GrainFindings& findings = field.findings;
     findings.singleLayer[index] = 0;
+    findings.reducedPixels[index] = field.grains.grains[index].count;
     if (field.grains.grains[index].count == 0 || !RefineGrain(field, g))
         return false;
     const float score = scorer.Score(g);

@@ -53,8 +53,9 @@ struct SubScores {
 struct GrainFindings {
     std::int32_t groupCount = 0; // slots of the GrainTable that the last grouping used, emptied ones included
     GrainEdges edges;
-    std::array<std::int32_t, grainTableSize> singleLayer = {}; // 1 = the grain is a single layer
-    std::array<SubScores, grainTableSize> subScores = {};      // of the grains scored last
+    std::array<std::int32_t, grainTableSize> reducedPixels = {}; // of the grains decided last, unrefined
+    std::array<std::int32_t, grainTableSize> singleLayer = {};   // 1 = the grain is a single layer
+    std::array<SubScores, grainTableSize> subScores = {};        // of the grains scored last
     std::array<float, grainTableSize> scores = {};
     std::int32_t totalFound = 0; // only grows; a new scan resets it
 };

@@ -6,6 +6,8 @@
 #include "analysis/frame_statistics.h"
 #include "analysis/grouping.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 
 namespace tessaro {
@@ -18,30 +20,6 @@ public:
 
     bool overflow = false;
 };
-
-std::vector<int> PixelCounts(const FieldAnalysis& field) {
-    std::vector<int> counts;
-    counts.reserve(static_cast<std::size_t>(field.findings.groupCount));
-    for (int g = 0; g < field.findings.groupCount; ++g)
-        counts.push_back(field.grains.grains[static_cast<std::size_t>(g)].count);
-    return counts;
-}
-
-GrainReport ReportGrain(const FieldAnalysis& field, std::size_t g, int reducedPixels) {
-    const GrainEdges& edges = field.findings.edges;
-    return {
-        .grain = static_cast<int>(g),
-        .reducedPixels = reducedPixels,
-        .pixels = field.grains.grains[g].count,
-        .left = edges.EdgeLeft[g].x,
-        .right = edges.EdgeRight[g].x,
-        .minRow = edges.EdgeMinRow[g].y,
-        .maxRow = edges.EdgeMaxRow[g].y,
-        .score = field.findings.scores[g],
-        .subScores = field.findings.subScores[g],
-        .single = field.findings.singleLayer[g] != 0,
-    };
-}
 
 } // namespace
 
@@ -63,14 +41,11 @@ PictureReport AnalyzeFrame(const FrameBuffer& frame, const Settings& settings, D
     report.live = LiveCandidates(field.analyzer);
     GroupGrains(field);
     report.groups = field.findings.groupCount;
-    const std::vector<int> reducedPixels = PixelCounts(field);
-
     report.found = DecideSingleLayers(field);
-    for (std::size_t g = 0; g < reducedPixels.size(); ++g) {
-        report.kept += reducedPixels[g] != 0 ? 1 : 0;
-        if (field.grains.grains[g].count != 0)
-            report.grains.push_back(ReportGrain(field, g, reducedPixels[g]));
-    }
+    report.grains = ReportGrains(field.grains, field.findings);
+    report.kept = static_cast<int>(std::count_if(field.findings.reducedPixels.begin(),
+                                                 field.findings.reducedPixels.begin() + report.groups,
+                                                 [](std::int32_t pixels) { return pixels != 0; }));
     report.overflow = watch.overflow;
     return report;
 }

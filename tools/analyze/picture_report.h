@@ -1,26 +1,12 @@
 #pragma once
 
-#include "analysis/grain.h"
+#include "analysis/grain_report.h"
 
 #include <array>
 #include <string>
 #include <vector>
 
 namespace tessaro {
-
-/// One grain that refinement left. Extremes in frame pixels, row 0 the bottom of the picture.
-struct GrainReport {
-    int grain = 0;
-    int reducedPixels = 0; // before refinement
-    int pixels = 0;        // after it
-    int left = 0;
-    int right = 0;
-    int minRow = 0;
-    int maxRow = 0;
-    float score = 0.0F;
-    SubScores subScores;
-    bool single = false; // the score reaches the threshold
-};
 
 /// What the analysis of one picture found.
 struct PictureReport {

@@ -10,6 +10,7 @@ namespace tessaro {
 // The working frame: half the camera sensor each way. Every frame that reaches the analysis has this size.
 inline constexpr int frameWidth = 1232;
 inline constexpr int frameHeight = 1028;
+inline constexpr double framePixelsPerUm = 2.464; // the field is 500 um wide
 inline constexpr int framePixelCount = frameWidth * frameHeight;
 inline constexpr int bytesPerPixel = 4;
 inline constexpr int channelCount = 3; // red, green, blue, in this order wherever they are counted

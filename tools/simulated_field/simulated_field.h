@@ -9,8 +9,6 @@
 
 namespace tessaro {
 
-inline constexpr double framePixelsPerUm = 2.464;
-
 /// Layers of a flake so thick that one more changes nothing that matters.
 inline constexpr int bulkLayers = 20;
 

@@ -120,12 +120,14 @@ int Camera::GrabFrame(int frames) {
     try {
         if (m_session.present != 0) {
             FrameGrabber(m_session, m_clock, frames).Grab();
+            m_session.patternStandsIn = 0;
             return 0;
         }
     } catch (const std::exception&) {
         // The moving pattern is how it shows; nothing is reported.
     }
     DrawTestPattern(m_session);
+    m_session.patternStandsIn = 1;
     return 0;
 }
 

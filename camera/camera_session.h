@@ -46,6 +46,7 @@ struct CameraSession {
     std::int32_t height = sensorHeight;
 
     std::uint32_t testPatternPhase = 0; // grows with every frame that could not be taken
+    std::int32_t patternStandsIn = 0;   // 1 = the last frame could not be taken
 
     // What mode 4 applies: what mode 2 found last, before that a moderate light without amplification.
     double storedGain = 0.0;

@@ -209,6 +209,7 @@ TEST_P(VanishingCamera, LeavesTheTestPatternAndTheSumsSoFar) {
     EXPECT_EQ(camera.GrabFrame(4), 0);
     EXPECT_TRUE(ShowsTestPattern());
     EXPECT_EQ(session->testPatternPhase, 50U);
+    EXPECT_EQ(session->patternStandsIn, 1);
     EXPECT_EQ(session->accumulator[123'456], wholeImages == 0 ? 200 : 30 * wholeImages);
     EXPECT_EQ(session->rawFrame[123'456], 200) << "of the frame before";
     EXPECT_EQ(scripted.held, 1);
@@ -217,6 +218,7 @@ TEST_P(VanishingCamera, LeavesTheTestPatternAndTheSumsSoFar) {
     ThenEvenImage(60);
     camera.GrabFrame(1);
     EXPECT_EQ(Pixel(9, 9), (std::array<int, 3>{60, 60, 60})) << "it is back";
+    EXPECT_EQ(session->patternStandsIn, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(InEachExposure, VanishingCamera, testing::Values(0, 1, 2, 3));
@@ -243,7 +245,9 @@ TEST_F(GrabFrame, ShowsTheTestPatternBeforeTheCameraIsOpen) {
 
 TEST_F(GrabFrame, WithoutACameraShowsTheMovingTestPatternOncePerGrabWhateverTheExposures) {
     session->present = 0;
+    EXPECT_EQ(session->patternStandsIn, 0);
     EXPECT_EQ(camera.GrabFrame(4), 0);
+    EXPECT_EQ(session->patternStandsIn, 1);
     EXPECT_EQ(WorkingByte(0, 0, 0), 16); // 50 / 3
     EXPECT_EQ(camera.GrabFrame(1), 0);
     EXPECT_EQ(WorkingByte(0, 0, 0), 33); // 100 / 3

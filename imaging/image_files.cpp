@@ -50,8 +50,11 @@ void ImageFiles::MakeSessionFolders(int newSession) {
 }
 
 int ImageFiles::SavePlainImage(const FrameBuffer& frame, const GrainFindings& findings) {
-    if (!FillScreenBitmap(frame))
+    if (!FillScreenBitmap(frame)) {
+        if (m_listener != nullptr)
+            m_listener->ImageNotSaved(NextFile(m_folders.plainSession, ""), "its pixels could not be set");
         return 0;
+    }
     ScreenView& view = m_screen.View();
     view.previousBitmap = m_drawing.SelectBitmap(view.memoryContext, view.screenBitmap);
     FrameSingleLayers(findings);
@@ -108,8 +111,7 @@ int ImageFiles::SaveDetailImage() {
 void ImageFiles::SaveScreenBitmap(const std::filesystem::path& folder, std::string_view ending) {
     ScreenView& view = m_screen.View();
     EncoderClassId(m_pictures, imageType, view.encoderId);
-    const std::filesystem::path base = folder / (PositionName() + std::string(ending));
-    view.lastFileName = UniqueFileName(base, imageExtension);
+    view.lastFileName = NextFile(folder, ending);
 
     const auto encoded = m_pictures.Encode(m_drawing.BitmapPicture(view.screenBitmap), view.encoderId);
     std::string reason;
@@ -120,6 +122,21 @@ void ImageFiles::SaveScreenBitmap(const std::filesystem::path& folder, std::stri
         reason = error->reason;
     if (!reason.empty())
         std::fprintf(stderr, "%s: %s\n", view.lastFileName.string().c_str(), reason.c_str());
+    Tell(view.lastFileName, reason);
+}
+
+/// No reason: it was saved.
+void ImageFiles::Tell(const std::filesystem::path& file, const std::string& reason) {
+    if (m_listener == nullptr)
+        return;
+    if (reason.empty())
+        m_listener->ImageSaved(file);
+    else
+        m_listener->ImageNotSaved(file, reason);
+}
+
+std::filesystem::path ImageFiles::NextFile(const std::filesystem::path& folder, std::string_view ending) {
+    return UniqueFileName(folder / (PositionName() + std::string(ending)), imageExtension);
 }
 
 /// Positions in tens of um, both divisions toward zero.

@@ -2,6 +2,7 @@
 
 #include "analysis/grain.h"
 #include "imaging/image_folders.h"
+#include "imaging/image_save_listener.h"
 #include "imaging/screen_view.h"
 #include "platform/clock.h"
 #include "platform/folders.h"
@@ -26,9 +27,9 @@ class ImageFiles {
 public:
     ImageFiles(ImageFolders& folders, Folders& files, PictureFiles& pictures, Clock& clock, Screen& screen,
                WindowDrawing& drawing, const ProgramWindows& windows, StatusLines& status,
-               const StageLink& stage)
+               const StageLink& stage, ImageSaveListener* listener = nullptr)
         : m_folders(folders), m_files(files), m_pictures(pictures), m_clock(clock), m_screen(screen),
-          m_drawing(drawing), m_windows(windows), m_status(status), m_stage(stage) {}
+          m_drawing(drawing), m_windows(windows), m_status(status), m_stage(stage), m_listener(listener) {}
 
     /// Makes the session's folders. Non-zero, or the first call, begins a new session.
     void MakeSessionFolders(int newSession);
@@ -48,6 +49,8 @@ private:
     bool FillScreenBitmap(const FrameBuffer& frame);
     void FrameSingleLayers(const GrainFindings& findings);
     void SaveScreenBitmap(const std::filesystem::path& folder, std::string_view ending);
+    std::filesystem::path NextFile(const std::filesystem::path& folder, std::string_view ending);
+    void Tell(const std::filesystem::path& file, const std::string& reason);
     std::string PositionName() const;
 
     ImageFolders& m_folders;
@@ -59,6 +62,7 @@ private:
     const ProgramWindows& m_windows;
     StatusLines& m_status;
     const StageLink& m_stage;
+    ImageSaveListener* m_listener; // null: nobody wants to know
 };
 
 } // namespace tessaro

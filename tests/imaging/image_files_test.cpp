@@ -216,6 +216,54 @@ TEST_F(ImageFilesTest, CannotBeSavedWithoutAnyEncoder) {
     EXPECT_TRUE(ui.folders.files.empty());
 }
 
+class HeardImageFiles : public ImageFilesTest, public ImageSaveListener {
+protected:
+    void ImageSaved(const std::filesystem::path& file) override {
+        heard.push_back("saved " + file.string());
+        EXPECT_FALSE(ui.folders.Text(file).empty()) << "it is there already";
+    }
+    void ImageNotSaved(const std::filesystem::path& file, std::string_view reason) override {
+        heard.push_back("not " + file.string() + ": " + std::string(reason));
+    }
+
+    Texts heard;
+    ImageFiles heardFiles{folders,    ui.folders, ui.pictures, ui.clock, screen,
+                          ui.drawing, windows,    status,      stage,    this};
+};
+
+TEST_F(HeardImageFiles, TellOfEachImageUnderTheNameThatItGot) {
+    heardFiles.MakeSessionFolders(0);
+    stage.position = {1204.9, 453.2, 99.0};
+    heardFiles.SavePlainImage(frame, *findings);
+    heardFiles.SaveDetailImage();
+    heardFiles.SavePlainImage(frame, *findings);
+    EXPECT_EQ(heard, (Texts{"saved " + (plain / "(120,45).jpg").string(),
+                            "saved " + (detail / "(120,45)detail.jpg").string(),
+                            "saved " + (plain / "(120,45)_0.jpg").string()}));
+}
+
+TEST_F(HeardImageFiles, TellWhyAnImageIsNotThere) {
+    heardFiles.MakeSessionFolders(0);
+    ui.folders.folders.erase(plain);
+    testing::internal::CaptureStderr();
+    heardFiles.SavePlainImage(frame, *findings);
+    heardFiles.SaveDetailImage();
+    ui.pictures.failEncoding = true;
+    heardFiles.SaveDetailImage();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(heard, (Texts{"not " + (plain / "(0,0).jpg").string() + ": cannot write",
+                            "saved " + (detail / "(0,0)detail.jpg").string(),
+                            "not " + (detail / "(0,0)detail_0.jpg").string() +
+                                ": encoding failed as the test asked for"}));
+}
+
+TEST_F(HeardImageFiles, TellOfAnImageThatWasGivenUp) {
+    heardFiles.MakeSessionFolders(0);
+    ui.drawing.failSetRows = FakeWindowDrawing::forEver;
+    EXPECT_EQ(heardFiles.SavePlainImage(frame, *findings), 0);
+    EXPECT_EQ(heard, Texts{"not " + (plain / "(0,0).jpg").string() + ": its pixels could not be set"});
+}
+
 class PlainImage : public ImageFilesTest {
 protected:
     PlainImage() { images.MakeSessionFolders(0); }

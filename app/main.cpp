@@ -6,11 +6,14 @@
 #include "focus/focus_curve.h"
 #include "platform/posix/standard_streams.h"
 #include "platform/qt/qt_user_interface.h"
+#include "scan/report_lines.h"
+#include "scan/scan_report.h"
 
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <fstream>
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <span>
@@ -45,6 +48,16 @@ bool OpenToAppend(const std::string& name, std::ofstream& file) {
     return true;
 }
 
+/// Null when it cannot be written. Nothing is held back in the program: a line goes out as one. The standard
+/// output is not opened a second time, as other lines go there too.
+std::ostream* BeginReport(const std::string& name, std::ofstream& file) {
+    if (name == "/dev/stdout")
+        return &std::cout;
+    file.rdbuf()->pubsetbuf(nullptr, 0);
+    file.open(name, std::ios::binary);
+    return file.is_open() ? &file : nullptr;
+}
+
 int Start(std::span<const std::string_view> arguments) {
     using namespace tessaro;
     const auto parsed = ParseProgramOptions(arguments);
@@ -62,16 +75,26 @@ int Start(std::span<const std::string_view> arguments) {
     std::ofstream curveFile;
     if (!options.focusCurve.empty() && !OpenToAppend(options.focusCurve, curveFile))
         return Refuse({"--focus-curve: '" + options.focusCurve + "' cannot be written"});
+    std::ofstream reportFile;
+    std::ostream* const reportStream =
+        options.report.empty() ? nullptr : BeginReport(options.report, reportFile);
+    if (!options.report.empty() && reportStream == nullptr)
+        return Refuse({"--report: '" + options.report + "' cannot be written"});
     QtUserInterface ui;
     std::optional<FocusCurve> curve;
     if (curveFile.is_open())
         curve.emplace(curveFile, ui.Adapters().clock, curveFile.tellp() <= 0);
     if (options.focusSpeed.has_value())
         ProgramGlobals().focusControl.focusSpeed = *options.focusSpeed;
+    std::optional<ReportLines> reportLines;
+    std::optional<ScanReport> report;
+    if (reportStream != nullptr)
+        report.emplace(StateToReport(ProgramGlobals()), reportLines.emplace(*reportStream));
+    ScanReport* const listener = report.has_value() ? &*report : nullptr;
     const std::unique_ptr<SerialPorts> serial = ChooseSerialPorts(options);
     return RunProgram(ProgramGlobals(), ui.Adapters(),
                       {*std::get<std::unique_ptr<CameraRuntime>>(cameras), *serial},
-                      {curve.has_value() ? &*curve : nullptr});
+                      {curve.has_value() ? &*curve : nullptr, listener, listener, listener});
 }
 
 } // namespace

@@ -56,11 +56,16 @@ Taken TakeFocusSpeed(std::string_view value, ProgramOptions& options) {
     return std::nullopt;
 }
 
-constexpr std::array<ValueOption, 5> valueOptions = {{{"--camera", TakeCamera},
+Taken TakeReport(std::string_view value, ProgramOptions& options) {
+    return TakeText("--report", value, options.report);
+}
+
+constexpr std::array<ValueOption, 6> valueOptions = {{{"--camera", TakeCamera},
                                                       {"--camera-runtime", TakeCameraRuntime},
                                                       {"--stage-port", TakeStagePort},
                                                       {"--focus-curve", TakeFocusCurve},
-                                                      {"--focus-speed", TakeFocusSpeed}}};
+                                                      {"--focus-speed", TakeFocusSpeed},
+                                                      {"--report", TakeReport}}};
 
 const ValueOption* FindValueOption(std::string_view name) {
     for (const ValueOption& option : valueOptions)
@@ -113,6 +118,8 @@ std::string_view ProgramHelp() {
            "                            comma-separated values with the Z, the score and the focus value\n"
            "  --focus-speed UM_PER_S    the speed at which Z goes down in coarse focusing, 1 to 5000\n"
            "                            (450); a camera with fewer frames a second wants less\n"
+           "  --report FILE             what scans find: a line of JSON for each field as it is finished,\n"
+           "                            and one at the end of each scan. The file is begun anew\n"
            "  --help                    show this text\n"
            "  --version                 show the version\n"
            "\n"

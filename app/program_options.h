@@ -17,6 +17,7 @@ struct ProgramOptions {
     std::string cameraRuntime;              // "pylon", "aravis"; empty: the usual one
     std::string stagePort;                  // path, "none"; empty: that of the number in the settings
     std::string focusCurve;                 // a file; empty: not wanted
+    std::string report;                     // the same
     std::optional<std::int32_t> focusSpeed; // um/s, 1 to 5000; not given: the usual one
 };
 

@@ -3,15 +3,29 @@
 #include <iostream>
 
 namespace tessaro {
+namespace {
+
+UserInterface WithBoxes(const UserInterface& ui, MessageBoxes& boxes) {
+    return {ui.clock,   ui.messages, ui.windows, ui.dialogs, boxes,
+            ui.chooser, ui.drawing,  ui.folders, ui.pictures};
+}
+
+} // namespace
+
+ReportedState StateToReport(const Globals& globals) {
+    return {globals.stage,    globals.camera,   globals.frame,
+            globals.measured, globals.findings, globals.grainTable};
+}
 
 Services::Services(Globals& g, UserInterface adapters, Devices devices, const Listeners& listeners)
-    : globals(g), ui(adapters), status(ui.dialogs, g.windows, g.stage, g.shownPosition),
-      liveView(g.liveTimer, ui.messages, g.windows),
+    : globals(g), heardBoxes(adapters.boxes, listeners.boxes), ui(WithBoxes(adapters, heardBoxes)),
+      status(ui.dialogs, g.windows, g.stage, g.shownPosition), liveView(g.liveTimer, ui.messages, g.windows),
       pump(ui.clock, ui.messages, ui.boxes, liveView, status, g.scan, g.stage, g.windows),
       stageMotion(g.stage, pump, status, adapters.clock),
       camera(g.camera, devices.cameras, status, pump, ui.clock, std::cout),
       screen(g.screen, ui.drawing, ui.windows, g.windows, status, pump),
-      images(g.folders, ui.folders, ui.pictures, ui.clock, screen, ui.drawing, g.windows, status, g.stage),
+      images(g.folders, ui.folders, ui.pictures, ui.clock, screen, ui.drawing, g.windows, status, g.stage,
+             listeners.images),
       focusMeter(g.measured, g.focusValue, status),
       focusView(camera, screen, focusMeter, g.frame, g.measured),
       autoFocus({focusView, g.focusControl, g.focusValue, g.scan, g.stage, stageMotion, pump, liveView,

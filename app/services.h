@@ -5,6 +5,7 @@
 #include "app/about_box.h"
 #include "app/current_field.h"
 #include "app/globals.h"
+#include "app/heard_message_boxes.h"
 #include "app/live_view.h"
 #include "app/message_pump.h"
 #include "app/status_lines.h"
@@ -13,11 +14,13 @@
 #include "focus/focus_meter.h"
 #include "focus/focus_on_field.h"
 #include "imaging/image_files.h"
+#include "imaging/image_save_listener.h"
 #include "imaging/screen_view.h"
 #include "platform/devices.h"
 #include "platform/user_interface.h"
 #include "scan/control_panel.h"
 #include "scan/scan_listener.h"
+#include "scan/scan_report.h"
 #include "scan/scan_run.h"
 #include "scan/tilt_plane.h"
 #include "stage/motor_controller.h"
@@ -31,7 +34,12 @@ namespace tessaro {
 struct Listeners {
     FocusCurve* focusCurve = nullptr; // what the searches for the focus see
     ScanListener* scan = nullptr;
+    ImageSaveListener* images = nullptr;
+    MessageBoxListener* boxes = nullptr;
 };
+
+/// What a report of the scans reads.
+ReportedState StateToReport(const Globals& globals);
 
 /// Everything that acts on the globals, put together on one set of adapters.
 struct Services {
@@ -40,7 +48,8 @@ struct Services {
     Services& operator=(const Services&) = delete;
 
     Globals& globals;
-    UserInterface ui;
+    HeardMessageBoxes heardBoxes;
+    UserInterface ui; // with the boxes above
     StatusLines status;
     LiveView liveView;
     MessagePump pump;

@@ -147,6 +147,8 @@ bool Run::NextRow() {
 }
 
 void Run::ProcessField(std::int32_t column) {
+    if (m_reach.listener != nullptr)
+        m_reach.listener->FieldBegins();
     m_reach.work.GrabFrame(exposures);
     const ScannedField field = {m_row, column, m_reach.stage.position};
     m_reach.work.ComputeFrameStatistics();

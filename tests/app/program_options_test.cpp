@@ -72,6 +72,14 @@ TEST(ProgramOptions, TakeAnyFileForTheFocusCurve) {
     EXPECT_EQ(Error({"--focus-curve="}), "--focus-curve needs a value");
 }
 
+TEST(ProgramOptions, TakeAnyFileForTheReport) {
+    EXPECT_EQ(Options({}).report, "") << "not wanted";
+    EXPECT_EQ(Options({"--report", "scan.jsonl"}).report, "scan.jsonl");
+    EXPECT_EQ(Options({"--report=/data/a=b.jsonl"}).report, "/data/a=b.jsonl");
+    EXPECT_EQ(Error({"--report"}), "--report needs a value");
+    EXPECT_EQ(Error({"--report="}), "--report needs a value");
+}
+
 TEST(ProgramOptions, TakeAFocusSpeedThatTheStageHas) {
     EXPECT_EQ(Options({}).focusSpeed, std::nullopt) << "the usual one";
     EXPECT_EQ(Options({"--focus-speed", "1"}).focusSpeed, 1);

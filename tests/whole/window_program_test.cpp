@@ -190,6 +190,21 @@ TEST_F(WindowProgram, ContinuesTheFileOfTheFocusCurve) {
     EXPECT_EQ(occurrences(",fine,1,0,"), 2);
 }
 
+TEST_F(WindowProgram, BeginsTheFileOfTheReportAnewAndReportsAScanThatIsClosed) {
+    const std::string file = (home.Path() / "scan.jsonl").string();
+    std::ofstream(file) << "of another run\n";
+    arguments.insert(arguments.end(), {"--report", file});
+    Start();
+    EXPECT_EQ(ReadText(file), "");
+    Menu("Start"); // measures the tilt first
+    ASSERT_TRUE(Eventually([this] { return exists(home.Path() / "Desktop" / "Image_Detail"); }));
+    Exit();
+    const std::string text = ReadText(file);
+    EXPECT_TRUE(text.starts_with(R"({"scan":1,"end":"stopped","fields":0,"found":0,"images":0,"problems":[)"))
+        << text;
+    EXPECT_TRUE(text.ends_with("]}\n")) << text;
+}
+
 TEST_F(WindowProgram, LeavesTheKeyboardToOtherProgramsWhenThePointerMovesOverIt) {
     Start();
     const BackgroundProgram other("display",
@@ -280,6 +295,14 @@ TEST_F(TessaroCommandLine, RefusesAFocusCurveThatCannotBeWrittenBeforeItLooksFor
                                "DISPLAY=:4711 QT_QPA_PLATFORM=xcb ");
     EXPECT_EQ(run.exitStatus, 2);
     EXPECT_EQ(run.errors, "tessaro: --focus-curve: '/no/such/folder/x.csv' cannot be written\n"
+                          "Try 'tessaro --help'.\n");
+}
+
+TEST_F(TessaroCommandLine, RefusesAReportThatCannotBeWrittenBeforeItLooksForADisplay) {
+    const ProgramRun run = Run({"--camera", "none", "--report", "/no/such/folder/x.jsonl"},
+                               "DISPLAY=:4711 QT_QPA_PLATFORM=xcb ");
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_EQ(run.errors, "tessaro: --report: '/no/such/folder/x.jsonl' cannot be written\n"
                           "Try 'tessaro --help'.\n");
 }
 

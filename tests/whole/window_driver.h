@@ -48,6 +48,7 @@ inline const std::map<std::string, std::pair<int, int>> menuPlaces = {
     {"Grouping", {3, 3}},
     {"Discern Contrast", {3, 4}},
     {"Setting XY stage", {4, 0}},
+    {"Start", {4, 1}},
     {"Information", {5, 0}},
 };
 

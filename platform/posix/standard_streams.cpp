@@ -1,6 +1,7 @@
 #include "platform/posix/standard_streams.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace tessaro {
@@ -13,6 +14,31 @@ void OccupyClosedStreams() {
         if (fcntl(stream, F_GETFD) == -1 && open("/dev/null", way) == -1)
             return;
     }
+}
+
+std::optional<int> TerminalColumns() {
+    constexpr int usual = 80;
+    if (isatty(STDOUT_FILENO) != 1)
+        return std::nullopt;
+    winsize size = {};
+    const bool told = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return told ? static_cast<int>(size.ws_col) : usual;
+}
+
+std::FILE* SetStandardOutputAside() {
+    std::fflush(stdout);
+    const int aside = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    std::FILE* file = aside != -1 && nowhere != -1 ? fdopen(aside, "w") : nullptr;
+    if (file != nullptr && dup2(nowhere, STDOUT_FILENO) == -1) {
+        std::fclose(file);
+        file = nullptr;
+    } else if (file == nullptr && aside != -1) {
+        close(aside);
+    }
+    if (nowhere != -1)
+        close(nowhere);
+    return file;
 }
 
 } // namespace tessaro

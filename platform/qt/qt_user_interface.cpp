@@ -38,10 +38,36 @@ private:
     std::unique_ptr<QApplication> m_qt;
 };
 
+QtMessageHandler handlerOfOthers = nullptr;
+
+void PassWhatConcernsUs(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    if (type != QtWarningMsg || !text.startsWith(QLatin1String("This plugin does not support ")))
+        handlerOfOthers(type, context, text);
+}
+
+/// Without a display windows cannot be raised or held in size: that is known, and no message for an operator.
+class QuietOffscreen {
+public:
+    QuietOffscreen() {
+        if (m_isOffscreen)
+            handlerOfOthers = qInstallMessageHandler(PassWhatConcernsUs);
+    }
+    ~QuietOffscreen() {
+        if (m_isOffscreen)
+            qInstallMessageHandler(handlerOfOthers);
+    }
+    QuietOffscreen(const QuietOffscreen&) = delete;
+    QuietOffscreen& operator=(const QuietOffscreen&) = delete;
+
+private:
+    const bool m_isOffscreen = QGuiApplication::platformName() == QLatin1String("offscreen");
+};
+
 } // namespace
 
 struct QtUserInterface::State {
     ProgramApplication application;
+    QuietOffscreen quiet;
     StandardClock clock;
     QtWindowTable table;
     QtMessageLoop messages{table};

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "scan/scan_listener.h"
+
+#include <utility>
+#include <vector>
+
+namespace tessaro {
+
+/// Tells several listeners, in their order. Null is nobody.
+class ScanListeners : public ScanListener {
+public:
+    explicit ScanListeners(std::vector<ScanListener*> listeners) : m_listeners(std::move(listeners)) {
+        std::erase(m_listeners, nullptr);
+    }
+
+    void ScanBegins() override {
+        for (ScanListener* listener : m_listeners)
+            listener->ScanBegins();
+    }
+    void FieldFinished(const ScannedField& field) override {
+        for (ScanListener* listener : m_listeners)
+            listener->FieldFinished(field);
+    }
+    void ScanEnds(ScanEnd why) override {
+        for (ScanListener* listener : m_listeners)
+            listener->ScanEnds(why);
+    }
+
+private:
+    std::vector<ScanListener*> m_listeners;
+};
+
+} // namespace tessaro

@@ -1,0 +1,48 @@
+#include "scan/scan_listeners.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace tessaro {
+namespace {
+
+class Noting : public ScanListener {
+public:
+    Noting(std::string name, std::vector<std::string>& heard) : m_name(std::move(name)), m_heard(heard) {}
+    void ScanBegins() override { m_heard.push_back(m_name + " begins"); }
+    void FieldFinished(const ScannedField& field) override {
+        m_heard.push_back(m_name + " column " + std::to_string(field.column));
+    }
+    void ScanEnds(ScanEnd why) override {
+        m_heard.push_back(m_name + (why == ScanEnd::FocusFailed ? " out of focus" : " ends"));
+    }
+
+private:
+    std::string m_name;
+    std::vector<std::string>& m_heard;
+};
+
+TEST(ScanListeners, AllHearInTheirOrder) {
+    std::vector<std::string> heard;
+    Noting first("first", heard);
+    Noting second("second", heard);
+    ScanListeners both({&first, nullptr, &second});
+    both.ScanBegins();
+    both.FieldFinished({0, 3, {}});
+    both.ScanEnds(ScanEnd::FocusFailed);
+    EXPECT_EQ(heard,
+              (std::vector<std::string>{"first begins", "second begins", "first column 3", "second column 3",
+                                        "first out of focus", "second out of focus"}));
+}
+
+TEST(ScanListeners, MayBeNobody) {
+    ScanListeners nobody({nullptr});
+    nobody.ScanBegins();
+    nobody.FieldFinished({});
+    nobody.ScanEnds(ScanEnd::Completed);
+}
+
+} // namespace
+} // namespace tessaro

@@ -3,7 +3,9 @@
 #include "app/program.h"
 #include "app/program_options.h"
 #include "app/stage_choice.h"
+#include "app/unattended_program.h"
 #include "focus/focus_curve.h"
+#include "platform/posix/interrupts.h"
 #include "platform/posix/standard_streams.h"
 #include "platform/qt/qt_user_interface.h"
 #include "scan/report_lines.h"
@@ -11,6 +13,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <fstream>
 #include <iostream>
@@ -27,6 +30,8 @@ namespace {
 constexpr int usageError = 2;
 
 constexpr int failed = 1;
+
+constexpr std::string_view standardOutput = "/dev/stdout";
 
 int Print(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
@@ -49,13 +54,43 @@ bool OpenToAppend(const std::string& name, std::ofstream& file) {
 }
 
 /// Null when it cannot be written. Nothing is held back in the program: a line goes out as one. The standard
-/// output is not opened a second time, as other lines go there too.
-std::ostream* BeginReport(const std::string& name, std::ofstream& file) {
-    if (name == "/dev/stdout")
+/// output is not opened a second time where other lines go there too.
+std::ostream* BeginReport(const tessaro::ProgramOptions& options, std::ofstream& file) {
+    const std::string& name = options.report;
+    if (name == standardOutput && !options.scan.has_value())
         return &std::cout;
     file.rdbuf()->pubsetbuf(nullptr, 0);
     file.open(name, std::ios::binary);
     return file.is_open() ? &file : nullptr;
+}
+
+bool IsSet(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+/// Qt would end the program where there is no display.
+void DoWithoutDisplay() {
+    if (!IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM"))
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+}
+
+tessaro::WriteText WriterTo(std::FILE* file) {
+    return [file](std::string_view text) {
+        std::fwrite(text.data(), 1, text.size(), file);
+        std::fflush(file);
+    };
+}
+
+/// What the program says of its devices is for who looks for a fault in them; here it would tear the status
+/// line apart. A report that goes to the standard output has it for itself.
+tessaro::UnattendedConsole MakeConsole(bool outputIsTaken) {
+    const auto columns = outputIsTaken ? std::nullopt : tessaro::TerminalColumns();
+    std::FILE* output = tessaro::SetStandardOutputAside();
+    if (outputIsTaken)
+        output = stderr;
+    return {output == nullptr ? [](std::string_view) {} : WriterTo(output), columns, WriterTo(stderr),
+            tessaro::Interrupted};
 }
 
 int Start(std::span<const std::string_view> arguments) {
@@ -76,10 +111,15 @@ int Start(std::span<const std::string_view> arguments) {
     if (!options.focusCurve.empty() && !OpenToAppend(options.focusCurve, curveFile))
         return Refuse({"--focus-curve: '" + options.focusCurve + "' cannot be written"});
     std::ofstream reportFile;
-    std::ostream* const reportStream =
-        options.report.empty() ? nullptr : BeginReport(options.report, reportFile);
+    std::ostream* const reportStream = options.report.empty() ? nullptr : BeginReport(options, reportFile);
     if (!options.report.empty() && reportStream == nullptr)
         return Refuse({"--report: '" + options.report + "' cannot be written"});
+    std::optional<UnattendedConsole> console;
+    if (options.scan.has_value()) {
+        HearInterrupts();
+        DoWithoutDisplay();
+        console = MakeConsole(options.report == standardOutput);
+    }
     QtUserInterface ui;
     std::optional<FocusCurve> curve;
     if (curveFile.is_open())
@@ -92,9 +132,12 @@ int Start(std::span<const std::string_view> arguments) {
         report.emplace(StateToReport(ProgramGlobals()), reportLines.emplace(*reportStream));
     ScanReport* const listener = report.has_value() ? &*report : nullptr;
     const std::unique_ptr<SerialPorts> serial = ChooseSerialPorts(options);
-    return RunProgram(ProgramGlobals(), ui.Adapters(),
-                      {*std::get<std::unique_ptr<CameraRuntime>>(cameras), *serial},
-                      {curve.has_value() ? &*curve : nullptr, listener, listener, listener});
+    const Devices devices = {*std::get<std::unique_ptr<CameraRuntime>>(cameras), *serial};
+    const Listeners listeners = {curve.has_value() ? &*curve : nullptr, listener, listener, listener};
+    if (console.has_value())
+        return RunUnattendedProgram(ProgramGlobals(), ui.Adapters(), devices, listeners, *options.scan,
+                                    *console);
+    return RunProgram(ProgramGlobals(), ui.Adapters(), devices, listeners);
 }
 
 } // namespace

@@ -18,11 +18,14 @@ constexpr std::uint32_t waitAfterStageMs = 100;
 
 class Program {
 public:
-    Program(Globals& globals, const UserInterface& ui, const Devices& devices, const Listeners& listeners)
-        : m_globals(globals), m_services(globals, ui, devices, listeners), m_operations(m_services),
-          m_mainWindow(m_operations, globals.mainWindow) {}
+    Program(Globals& globals, const UserInterface& ui, const Devices& devices, const Listeners& listeners,
+            UnattendedScanRun* unattended)
+        : m_globals(globals), m_unattended(unattended), m_services(globals, ui, devices, listeners),
+          m_operations(m_services), m_mainWindow(m_operations, globals.mainWindow) {}
 
     int Run() {
+        if (m_unattended != nullptr)
+            m_unattended->SetUp(m_globals);
         RegisterWindowClasses();
         AllocateGrainTables();
         if (!CreateWindows())
@@ -34,6 +37,8 @@ public:
         m_services.pump.PumpMessages(waitAfterStageMs);
         m_services.camera.InitializeCamera();
         m_services.camera.ControlCamera(camera_mode::openAndAdjust);
+        if (m_unattended != nullptr)
+            m_unattended->ScanAndClose(m_services);
         DispatchMessages();
         WriteSettings();
         LetGoOfCamera();
@@ -80,6 +85,8 @@ private:
         m_globals.stage.portNumber = m_globals.settings.portNumber;
         m_services.controlPanel
             .ShowRanges(); // it was opened before they were known; what it shows wins later
+        if (m_unattended != nullptr)
+            m_unattended->TakeRanges(m_services);
     }
 
     void OpenStage() { m_globals.stage.Open(m_globals.windows.main); }
@@ -91,6 +98,8 @@ private:
     }
 
     void WriteSettings() {
+        if (m_unattended != nullptr)
+            m_unattended->GiveRangesBack(m_globals.settings);
         m_globals.settings.portNumber = m_globals.stage.portNumber;
         WriteSettingsFile(m_services.ui.folders, m_globals.folders.settings, m_globals.settings);
     }
@@ -109,6 +118,7 @@ private:
     }
 
     Globals& m_globals;
+    UnattendedScanRun* m_unattended; // null: an operator is there
     Services m_services;
     ProgramOperations m_operations;
     MainWindow m_mainWindow;
@@ -116,9 +126,9 @@ private:
 
 } // namespace
 
-int RunProgram(Globals& globals, const UserInterface& ui, const Devices& devices,
-               const Listeners& listeners) {
-    return Program(globals, ui, devices, listeners).Run();
+int RunProgram(Globals& globals, const UserInterface& ui, const Devices& devices, const Listeners& listeners,
+               UnattendedScanRun* unattended) {
+    return Program(globals, ui, devices, listeners, unattended).Run();
 }
 
 } // namespace tessaro

@@ -2,6 +2,7 @@
 
 #include "app/globals.h"
 #include "app/services.h"
+#include "app/unattended_scan.h"
 #include "platform/devices.h"
 #include "platform/user_interface.h"
 
@@ -9,7 +10,8 @@ namespace tessaro {
 
 /// The operator's program from start-up to shutdown, on one set of adapters and devices. Returns the exit
 /// code; 0, with nothing read or written, when the main window cannot be made.
+/// With a scan of its own to run it does not wait for messages.
 int RunProgram(Globals& globals, const UserInterface& ui, const Devices& devices,
-               const Listeners& listeners = {});
+               const Listeners& listeners = {}, UnattendedScanRun* unattended = nullptr);
 
 } // namespace tessaro

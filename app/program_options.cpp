@@ -9,6 +9,7 @@ namespace tessaro {
 namespace {
 
 constexpr std::int32_t fastestFocusSpeed = 5000; // of the stage
+constexpr std::int32_t longestRange = 1000;      // mm, more than any wafer has
 
 using Taken = std::optional<OptionError>; // nothing: the value is taken
 
@@ -16,7 +17,13 @@ using Taken = std::optional<OptionError>; // nothing: the value is taken
 struct ValueOption {
     std::string_view name;
     Taken (*take)(std::string_view value, ProgramOptions& options);
+    bool ofScan = false; // says how --scan is to scan
 };
+
+/// Is --scan there, with or without options of its own?
+UnattendedScan& ScanOf(ProgramOptions& options) {
+    return options.scan.has_value() ? *options.scan : options.scan.emplace();
+}
 
 Taken TakeText(std::string_view option, std::string_view value, std::string& text) {
     if (value.empty())
@@ -60,12 +67,43 @@ Taken TakeReport(std::string_view value, ProgramOptions& options) {
     return TakeText("--report", value, options.report);
 }
 
-constexpr std::array<ValueOption, 6> valueOptions = {{{"--camera", TakeCamera},
+Taken TakeRange(std::string_view option, std::string_view value, std::optional<std::int32_t>& range) {
+    std::int32_t mm = 0;
+    std::string_view rest = value;
+    if (!TakeNumber(rest, mm) || !rest.empty() || mm < 0 || mm > longestRange)
+        return OptionError{std::string(option) + ": a whole number of mm from 0 to " +
+                           std::to_string(longestRange) + " is needed, not '" + std::string(value) + "'"};
+    range = mm;
+    return std::nullopt;
+}
+
+Taken TakeXRange(std::string_view value, ProgramOptions& options) {
+    return TakeRange("--x-range", value, ScanOf(options).xRange);
+}
+
+Taken TakeYRange(std::string_view value, ProgramOptions& options) {
+    return TakeRange("--y-range", value, ScanOf(options).yRange);
+}
+
+Taken TakeOrigin(std::string_view value, ProgramOptions& options) {
+    UnattendedScan& scan = ScanOf(options);
+    std::string_view rest = value;
+    const bool hasX = TakeNumber(rest, scan.originX) && rest.starts_with(',');
+    rest.remove_prefix(hasX ? 1 : 0);
+    if (!hasX || !TakeNumber(rest, scan.originY) || !rest.empty())
+        return OptionError{"--origin: X,Y in whole um is needed, not '" + std::string(value) + "'"};
+    return std::nullopt;
+}
+
+constexpr std::array<ValueOption, 9> valueOptions = {{{"--camera", TakeCamera},
                                                       {"--camera-runtime", TakeCameraRuntime},
                                                       {"--stage-port", TakeStagePort},
                                                       {"--focus-curve", TakeFocusCurve},
                                                       {"--focus-speed", TakeFocusSpeed},
-                                                      {"--report", TakeReport}}};
+                                                      {"--report", TakeReport},
+                                                      {"--x-range", TakeXRange, true},
+                                                      {"--y-range", TakeYRange, true},
+                                                      {"--origin", TakeOrigin, true}}};
 
 const ValueOption* FindValueOption(std::string_view name) {
     for (const ValueOption& option : valueOptions)
@@ -78,6 +116,8 @@ const ValueOption* FindValueOption(std::string_view name) {
 
 std::variant<ProgramOptions, OptionError> ParseProgramOptions(std::span<const std::string_view> arguments) {
     ProgramOptions options;
+    bool scans = false;
+    std::string_view scanOption; // one that says how, for the message
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string_view argument = arguments[i];
         const std::size_t equals = argument.find('=');
@@ -86,6 +126,12 @@ std::variant<ProgramOptions, OptionError> ParseProgramOptions(std::span<const st
             options.help = true;
         } else if (argument == "--version") {
             options.version = true;
+        } else if (argument == "--scan") {
+            ScanOf(options);
+            scans = true;
+        } else if (argument == "--no-tilt") {
+            ScanOf(options).noTilt = true;
+            scanOption = argument;
         } else if (const ValueOption* option = FindValueOption(name); option != nullptr) {
             if (equals == std::string_view::npos && i + 1 == arguments.size())
                 return OptionError{std::string(name) + " needs a value"};
@@ -93,10 +139,14 @@ std::variant<ProgramOptions, OptionError> ParseProgramOptions(std::span<const st
                 equals == std::string_view::npos ? arguments[++i] : argument.substr(equals + 1);
             if (const auto error = option->take(value, options))
                 return *error;
+            if (option->ofScan)
+                scanOption = name;
         } else {
             return OptionError{"unknown argument '" + std::string(argument) + "'"};
         }
     }
+    if (!scans && !scanOption.empty())
+        return OptionError{std::string(scanOption) + " needs --scan"};
     return options;
 }
 
@@ -120,6 +170,15 @@ std::string_view ProgramHelp() {
            "                            (450); a camera with fewer frames a second wants less\n"
            "  --report FILE             what scans find: a line of JSON for each field as it is finished,\n"
            "                            and one at the end of each scan. The file is begun anew\n"
+           "  --scan                    scan once without an operator and end; without a display too. The\n"
+           "                            settings say what and where, as far as no option does. Ctrl-C ends\n"
+           "                            the scan early, a second Ctrl-C the program at once. Exit status:\n"
+           "                            0 scanned to the end, 3 stopped or out of focus, 4 no camera or no\n"
+           "                            stage\n"
+           "    --x-range MM            the area's width, 0 to 1000\n"
+           "    --y-range MM            the area's height, 0 to 1000\n"
+           "    --origin X,Y            its first field, in um (0,0)\n"
+           "    --no-tilt               scan at the Z that the stage stands at, without focusing\n"
            "  --help                    show this text\n"
            "  --version                 show the version\n"
            "\n"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/unattended_options.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -19,6 +21,7 @@ struct ProgramOptions {
     std::string focusCurve;                 // a file; empty: not wanted
     std::string report;                     // the same
     std::optional<std::int32_t> focusSpeed; // um/s, 1 to 5000; not given: the usual one
+    std::optional<UnattendedScan> scan;     // by itself; not given: an operator is there
 };
 
 /// The value of --camera and --stage-port that asks for no device.

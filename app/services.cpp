@@ -19,7 +19,8 @@ ReportedState StateToReport(const Globals& globals) {
 
 Services::Services(Globals& g, UserInterface adapters, Devices devices, const Listeners& listeners)
     : globals(g), heardBoxes(adapters.boxes, listeners.boxes), ui(WithBoxes(adapters, heardBoxes)),
-      status(ui.dialogs, g.windows, g.stage, g.shownPosition), liveView(g.liveTimer, ui.messages, g.windows),
+      status(ui.dialogs, g.windows, g.stage, g.shownPosition, listeners.status),
+      liveView(g.liveTimer, ui.messages, g.windows),
       pump(ui.clock, ui.messages, ui.boxes, liveView, status, g.scan, g.stage, g.windows),
       stageMotion(g.stage, pump, status, adapters.clock),
       camera(g.camera, devices.cameras, status, pump, ui.clock, std::cout),

@@ -36,6 +36,7 @@ struct Listeners {
     ScanListener* scan = nullptr;
     ImageSaveListener* images = nullptr;
     MessageBoxListener* boxes = nullptr;
+    StatusListener* status = nullptr; // the texts for the operator
 };
 
 /// What a report of the scans reads.

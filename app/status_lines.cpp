@@ -19,11 +19,15 @@ void StatusLines::ShowItem(int controlId, std::string_view text) {
 
 int StatusLines::ShowInformation(std::string_view text) {
     ShowItem(panel::information, text);
+    if (m_listener != nullptr)
+        m_listener->InformationShown(text);
     return 1;
 }
 
 int StatusLines::ShowProgress(std::string_view text) {
     ShowItem(panel::progress, text);
+    if (m_listener != nullptr)
+        m_listener->ProgressShown(text);
     return 1;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/program_windows.h"
+#include "app/status_listener.h"
 #include "platform/dialogs.h"
 #include "stage/stage_link.h"
 
@@ -17,11 +18,13 @@ struct ShownPosition {
     std::int32_t shownOnce = 0;
 };
 
-/// Writes into the control panel; while the panel is not open nothing is written.
+/// Writes into the control panel; while the panel is not open nothing is written. A listener hears the two
+/// lines in any case.
 class StatusLines {
 public:
-    StatusLines(Dialogs& dialogs, const ProgramWindows& windows, const StageLink& stage, ShownPosition& shown)
-        : m_dialogs(dialogs), m_windows(windows), m_stage(stage), m_shown(shown) {}
+    StatusLines(Dialogs& dialogs, const ProgramWindows& windows, const StageLink& stage, ShownPosition& shown,
+                StatusListener* listener = nullptr)
+        : m_dialogs(dialogs), m_windows(windows), m_stage(stage), m_shown(shown), m_listener(listener) {}
 
     int ShowInformation(std::string_view text); // the program's message line; returns 1
     int ShowProgress(std::string_view text);    // the motion and progress line; returns 1
@@ -38,6 +41,7 @@ private:
     const ProgramWindows& m_windows;
     const StageLink& m_stage;
     ShownPosition& m_shown;
+    StatusListener* m_listener; // null: nobody listens
 };
 
 } // namespace tessaro

@@ -18,6 +18,10 @@ public:
         for (ScanListener* listener : m_listeners)
             listener->ScanBegins();
     }
+    void FieldBegins() override {
+        for (ScanListener* listener : m_listeners)
+            listener->FieldBegins();
+    }
     void FieldFinished(const ScannedField& field) override {
         for (ScanListener* listener : m_listeners)
             listener->FieldFinished(field);

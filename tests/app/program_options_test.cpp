@@ -95,6 +95,58 @@ TEST(ProgramOptions, RefuseAFocusSpeedThatTheStageDoesNotHave) {
                       std::string(value) + "'");
 }
 
+TEST(ProgramOptions, AskForAScanWithTheSettingsAsTheyAre) {
+    EXPECT_FALSE(Options({}).scan.has_value());
+    const ProgramOptions options = Options({"--scan"});
+    ASSERT_TRUE(options.scan.has_value());
+    EXPECT_EQ(options.scan->xRange, std::nullopt);
+    EXPECT_EQ(options.scan->yRange, std::nullopt);
+    EXPECT_EQ(options.scan->originX, 0);
+    EXPECT_EQ(options.scan->originY, 0);
+    EXPECT_FALSE(options.scan->noTilt);
+}
+
+TEST(ProgramOptions, SayWhatToScanBeforeOrBehindTheScanItself) {
+    const ProgramOptions before =
+        Options({"--x-range", "2", "--y-range=0", "--origin", "-100,2147483647", "--no-tilt", "--scan"});
+    const ProgramOptions behind =
+        Options({"--scan", "--x-range=2", "--y-range", "0", "--origin=-100,2147483647", "--no-tilt"});
+    for (const ProgramOptions& options : {before, behind}) {
+        ASSERT_TRUE(options.scan.has_value());
+        EXPECT_EQ(options.scan->xRange, 2);
+        EXPECT_EQ(options.scan->yRange, 0);
+        EXPECT_EQ(options.scan->originX, -100);
+        EXPECT_EQ(options.scan->originY, 2147483647);
+        EXPECT_TRUE(options.scan->noTilt);
+    }
+}
+
+TEST(ProgramOptions, RefuseWhatToScanWithoutAScan) {
+    EXPECT_EQ(Error({"--x-range", "2"}), "--x-range needs --scan");
+    EXPECT_EQ(Error({"--y-range=2"}), "--y-range needs --scan");
+    EXPECT_EQ(Error({"--origin", "0,0"}), "--origin needs --scan");
+    EXPECT_EQ(Error({"--no-tilt"}), "--no-tilt needs --scan");
+    EXPECT_EQ(Error({"--scan=yes"}), "unknown argument '--scan=yes'");
+    EXPECT_EQ(Error({"--scan", "--no-tilt=1"}), "unknown argument '--no-tilt=1'");
+}
+
+TEST(ProgramOptions, RefuseRangesThatNoWaferHas) {
+    EXPECT_EQ(Options({"--scan", "--x-range", "1000"}).scan->xRange, 1000);
+    for (const std::string_view value : {"-1", "1001", "2.5", "2mm", "", "99999999999"}) {
+        const std::string needed =
+            ": a whole number of mm from 0 to 1000 is needed, not '" + std::string(value) + "'";
+        EXPECT_EQ(Error({"--scan", "--x-range", value}), "--x-range" + needed);
+        EXPECT_EQ(Error({"--scan", "--y-range", value}), "--y-range" + needed);
+    }
+}
+
+TEST(ProgramOptions, RefuseOriginsThatAreNoPlace) {
+    for (const std::string_view value :
+         {"", "100", "100,", ",100", "1,2,3", "1.5,2", "1;2", "a,b", "1,2147483648", "1,2um"})
+        EXPECT_EQ(Error({"--scan", "--origin", value}),
+                  "--origin: X,Y in whole um is needed, not '" + std::string(value) + "'");
+}
+
 TEST(ProgramOptions, SayWhichOptionNeedsAValue) {
     EXPECT_EQ(Error({"--camera"}), "--camera needs a value");
     EXPECT_EQ(Error({"--help", "--stage-port"}), "--stage-port needs a value");
@@ -118,7 +170,7 @@ TEST(ProgramOptions, RefuseArgumentsThatNobodyKnows) {
 TEST(ProgramHelp, NamesEveryOption) {
     for (const std::string_view option :
          {"--camera ", "--camera-runtime", "--stage-port", "--focus-curve FILE", "--focus-speed UM_PER_S",
-          "--help", "--version"})
+          "--scan ", "--x-range MM", "--y-range MM", "--origin X,Y", "--no-tilt", "--help", "--version"})
         EXPECT_NE(ProgramHelp().find(option), std::string_view::npos) << option;
 }
 

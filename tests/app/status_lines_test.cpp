@@ -24,6 +24,23 @@ TEST_F(StatusLinesTest, WriteNothingIntoAClosedPanelButSayThatAllWentWell) {
     EXPECT_TRUE(ui.dialogs.textsSet.empty());
 }
 
+TEST_F(StatusLinesTest, TellAListenerBothLinesWhetherOrNotThePanelIsOpen) {
+    class Listening : public StatusListener {
+    public:
+        void InformationShown(std::string_view text) override { heard.push_back("i " + std::string(text)); }
+        void ProgressShown(std::string_view text) override { heard.push_back("p " + std::string(text)); }
+        Texts heard;
+    };
+    Listening listener;
+    StatusLines heard{ui.dialogs, windows, stage, shownPosition, &listener};
+    heard.ShowInformation("scanning...");
+    EXPECT_EQ(PanelText(1006), "scanning...");
+    ClosePanel();
+    heard.ShowProgress("Done");
+    heard.ShowItem(1041, "3");
+    EXPECT_EQ(listener.heard, (Texts{"i scanning...", "p Done"}));
+}
+
 TEST_F(StatusLinesTest, ShowThePositionTruncatedTowardZero) {
     stage.position = {1234.9, -15.7, -0.4};
     EXPECT_EQ(status.ShowStagePosition(), 1);

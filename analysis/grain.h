@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -59,5 +60,11 @@ struct GrainFindings {
     std::array<float, grainTableSize> scores = {};
     std::int32_t totalFound = 0; // only grows; a new scan resets it
 };
+
+/// Single layers of the field decided last.
+inline std::int32_t CountSingleLayers(const GrainFindings& findings) {
+    const auto first = findings.singleLayer.begin();
+    return static_cast<std::int32_t>(std::count(first, first + findings.groupCount, 1));
+}
 
 } // namespace tessaro

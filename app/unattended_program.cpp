@@ -23,7 +23,7 @@ int RunUnattendedProgram(Globals& globals, const UserInterface& ui, const Device
     all.scan = &scanListeners;
     all.status = &terminal;
     RunProgram(globals, unattended, devices, all, &run);
-    run.Tell(globals, terminal, console.errors);
+    run.Tell(terminal, console.errors);
     return run.ExitCode();
 }
 

@@ -75,10 +75,9 @@ int UnattendedScanRun::Scan(Services& services) {
     m_cameraIsMissing = !camera.GivesImages();
     if (m_cameraIsMissing)
         return unattended_exit::deviceMissing;
-    m_camera = &services.globals.camera;
-    m_patternPhase = m_camera->testPatternPhase;
+    m_globals = &services.globals;
     services.scanRun.RunScan();
-    m_camera = nullptr;
+    m_globals = nullptr;
     m_stageWasLost = services.globals.stage.offline != 0;
     return m_why == ScanEnd::Completed ? unattended_exit::completed : unattended_exit::stopped;
 }
@@ -104,20 +103,17 @@ void UnattendedScanRun::GoToOrigin(Services& services) {
 }
 
 void UnattendedScanRun::FieldFinished([[maybe_unused]] const ScannedField& field) {
-    if (m_camera == nullptr)
+    if (m_globals == nullptr)
         return;
     ++m_fields;
-    if (m_camera->testPatternPhase != m_patternPhase)
-        ++m_fieldsWithoutImage;
-    m_patternPhase = m_camera->testPatternPhase;
+    m_found += CountSingleLayers(m_globals->findings);
+    m_fieldsWithoutImage += m_globals->camera.patternStandsIn ? 1 : 0;
 }
 
-void UnattendedScanRun::Tell(const Globals& globals, TerminalStatus& terminal,
-                             const WriteText& errors) const {
+void UnattendedScanRun::Tell(TerminalStatus& terminal, const WriteText& errors) const {
     terminal.EndLine();
     if (m_why.has_value())
-        terminal.Say(
-            Formatted("%d fields scanned, %d single layers found.", m_fields, globals.findings.totalFound));
+        terminal.Say(Formatted("%d fields scanned, %d single layers found.", m_fields, m_found));
     TellWhatIsMissing(errors);
     TellWhatWasLost(errors);
     if (m_exitCode == unattended_exit::notStarted)

@@ -42,7 +42,7 @@ public:
     int ExitCode() const { return m_exitCode; }
 
     /// What there is to say in the end; what went wrong goes to `errors`.
-    void Tell(const Globals& globals, TerminalStatus& terminal, const WriteText& errors) const;
+    void Tell(TerminalStatus& terminal, const WriteText& errors) const;
 
     void ScanBegins() override {}
     void FieldFinished(const ScannedField& field) override;
@@ -65,10 +65,10 @@ private:
     std::function<bool()> m_interrupted;
     Range m_xRange;
     Range m_yRange;
-    const CameraSession* m_camera = nullptr; // while it scans
-    std::optional<ScanEnd> m_why;            // of the last scan that has ended; nothing: none was begun
-    std::uint32_t m_patternPhase = 0;
+    const Globals* m_globals = nullptr; // while it scans
+    std::optional<ScanEnd> m_why;       // of the last scan that has ended; nothing: none was begun
     int m_fields = 0;
+    int m_found = 0; // single layers
     int m_fieldsWithoutImage = 0;
     bool m_cameraIsMissing = false;
     bool m_stageIsMissing = false;

@@ -12,6 +12,7 @@ class Noting : public ScanListener {
 public:
     Noting(std::string name, std::vector<std::string>& heard) : m_name(std::move(name)), m_heard(heard) {}
     void ScanBegins() override { m_heard.push_back(m_name + " begins"); }
+    void FieldBegins() override { m_heard.push_back(m_name + " field"); }
     void FieldFinished(const ScannedField& field) override {
         m_heard.push_back(m_name + " column " + std::to_string(field.column));
     }
@@ -30,11 +31,12 @@ TEST(ScanListeners, AllHearInTheirOrder) {
     Noting second("second", heard);
     ScanListeners both({&first, nullptr, &second});
     both.ScanBegins();
+    both.FieldBegins();
     both.FieldFinished({0, 3, {}});
     both.ScanEnds(ScanEnd::FocusFailed);
-    EXPECT_EQ(heard,
-              (std::vector<std::string>{"first begins", "second begins", "first column 3", "second column 3",
-                                        "first out of focus", "second out of focus"}));
+    EXPECT_EQ(heard, (std::vector<std::string>{"first begins", "second begins", "first field", "second field",
+                                               "first column 3", "second column 3", "first out of focus",
+                                               "second out of focus"}));
 }
 
 TEST(ScanListeners, MayBeNobody) {

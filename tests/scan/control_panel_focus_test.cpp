@@ -19,9 +19,9 @@ TEST_F(ControlPanelTest, SweepsByTwoThousandMicrometresAtTheFocusSpeed) {
 TEST_F(ControlPanelTest, SweepsFinelyByAThousandAtHalfTheFocusSpeed) {
     view.sharpness = [] { return FocusFigures{0.0F, 0.0F, 11.0F, 2.0F}; };
     Open();
-    focus.focusSpeed = 201;
+    focus.focusSpeed = 449;
     Press(1024);
-    EXPECT_EQ(arriving.Commands(), (Texts{"T320", "L1600", "T160", "L-1600", "O", "T320"})) << "100 um/s";
+    EXPECT_EQ(arriving.Commands(), (Texts{"T716", "L1600", "T358", "L-1600", "O", "T716"})) << "224 um/s";
 }
 
 TEST_F(ControlPanelTest, SweepsFinelyAtTheLeastSpeedWhereTheHalfIsNothing) {

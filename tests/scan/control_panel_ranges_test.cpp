@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -106,6 +107,15 @@ TEST_F(TypedRanges, AreNotTakenInTheMiddleOfShowingNewOnes) {
     EXPECT_EQ(Ranges(), (std::pair{30, 40}));
     EXPECT_EQ(dialog->texts[1012], "30");
     EXPECT_EQ(dialog->texts[1015], "40");
+}
+
+TEST_F(TypedRanges, AreNotWhatTheirBoxesCannotTell) {
+    const int least = std::numeric_limits<std::int32_t>::min(); // eleven characters
+    SetRanges(least, least);
+    panel.ShowRanges();
+    EXPECT_EQ(Ranges(), (std::pair{least, least}));
+    Press(1032);
+    EXPECT_EQ(Ranges(), (std::pair{-214748364, -214748364})) << "until something happens";
 }
 
 TEST_F(TypedRanges, AreThoseOfTheSettingsWhenThePanelOpensAgain) {

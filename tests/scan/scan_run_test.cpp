@@ -92,14 +92,20 @@ TEST_F(ScanRunTest, ShowsThePositionAfterTheFrameAndBeforeThePercentage) {
                          {1000, "0"}, {1003, "400"}, {1005, "0"}, {1006, "50% finished, 0.0 minute left"}}));
 }
 
+/// A simulated stage is there at once, and no wait shows where it is.
 TEST_F(ScanRunTest, ShowsThePositionAtTheOriginBeforeAndAfterwards) {
-    StandAt(5.0, 10.0, 15.0);
-    settings.yRange = 0;
-    arriving.tellsXY = true;
+    stage.hComm = SerialHandle::Invalid;
+    stage.offline = 1;
+    scan.originX = 1000;
+    scan.originY = -500;
+    const auto shown = [this] { return Texts{PanelText(1000), PanelText(1003), PanelText(1005)}; };
+    field.onCall = [&](const std::string&) {
+        if (field.calls.size() == 1) {
+            EXPECT_EQ(shown(), (Texts{"1000", "-500", "0"}));
+        }
+    };
     scanRun.RunScan();
-    EXPECT_EQ(PanelText(1000), "0");
-    EXPECT_EQ(PanelText(1003), "0");
-    EXPECT_EQ(PanelText(1005), "15");
+    EXPECT_EQ(shown(), (Texts{"1000", "-500", "0"})) << "and not of the last field any more";
 }
 
 TEST_F(ScanRunTest, TellsEachFieldWithItsPlaceAndPosition) {

@@ -111,11 +111,11 @@ TEST_F(StoppedScan, EndsDuringTheFirstMoveOfZ) {
 TEST_F(StoppedScan, SendsZNoMoreAfterAStepInWhichItWasStopped) {
     focus.tiltCorrection = 1;
     focus.tiltMeasured = 1;
-    focus.xTilt = 0.1F;
+    StandAt(0.0, 0.0, 5.0); // the plane is at 0
     StopAt("m640");
     scanRun.RunScan();
     ExpectStopped();
-    EXPECT_EQ(SentAfterTheStart(), (Texts{"L0", "m0", "M0", "m640", "m0", "M0"}));
+    EXPECT_EQ(SentAfterTheStart(), (Texts{"L8", "m0", "M0", "m640", "m0", "M0"}));
 }
 
 TEST_F(StoppedScan, EndsWhileZFollowsThePlane) {

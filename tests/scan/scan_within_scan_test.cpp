@@ -1,8 +1,10 @@
+#include "support/travelling_port.h"
 #include "tests/scan/small_scan.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace tessaro {
 namespace {
@@ -114,6 +116,35 @@ TEST_F(QuitScan, EndsWhileThePlaneIsMeasured) {
     EXPECT_EQ(told.ends, std::vector{ScanEnd::Stopped});
     EXPECT_TRUE(ui.boxes.questions.empty());
     EXPECT_TRUE(field.calls.empty());
+}
+
+/// The main window sends the stage home when it is closed; so does the scan when it finds out.
+TEST_F(QuitScan, LeavesAStageThatComesToRestAtTheOrigin) {
+    TravellingPort travelling{ui.clock};
+    stage.machine.serial = &travelling;
+    stage.hComm = travelling.line;
+    ui.messages.onDispatch = [this](const Message& message) {
+        if (message.kind != MessageKind::Close)
+            return;
+        motion.MoveXY(scan.originX, scan.originY);
+        ui.messages.PostQuit(0);
+        ClosePanel();
+    };
+    bool closed = false;
+    field.onCall = [&](const std::string&) {
+        if (told.fields.size() == 2 && !std::exchange(closed, true))
+            ui.messages.PostAt(ui.clock.now + 100,
+                               {windows.main, MessageKind::Close}); // in the step behind it
+    };
+    scanRun.RunScan();
+    EXPECT_EQ(told.ends, std::vector{ScanEnd::Stopped});
+    EXPECT_EQ(told.fields.size(), 3U) << "the one in work";
+    EXPECT_TRUE(ui.boxes.questions.empty());
+    ui.clock.now += 1000;
+    for (const int axis : {axisX, axisY}) {
+        EXPECT_FALSE(travelling.Moves(axis));
+        EXPECT_EQ(travelling.Um(axis), 0.0);
+    }
 }
 
 } // namespace

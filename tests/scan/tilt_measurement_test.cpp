@@ -68,6 +68,17 @@ TEST_F(TiltMeasurement, VisitsTheFarEndsAndThenTheOrigin) {
     EXPECT_EQ(focus.tiltMeasured, 1);
 }
 
+TEST_F(TiltMeasurement, SaysWhereItGoesBeforeItGoes) {
+    Texts said;
+    arriving.onCommand = [&](const std::string& command) {
+        said.push_back(command + ": " + PanelText(1006));
+    };
+    tilt.MeasureTilt(focus);
+    EXPECT_EQ(said, (Texts{"M-800: Moving to Xmax position.", "m11200: Moving to Xmax position.",
+                           "m1600: Moving to Ymax position.", "M15200: Moving to Ymax position.",
+                           "m1600: Moving to Origin position.", "M-800: Moving to Origin position."}));
+}
+
 TEST_F(TiltMeasurement, TakesNoFrameOfItsOwnAtTheOrigin) {
     tilt.MeasureTilt(focus);
     const Texts farEnd = {"grab", "measures", "grab", "measures", "measures"}; // its own, then the search's
@@ -133,7 +144,7 @@ TEST_F(TiltMeasurement, EndsWhereItIsStoppedOnItsWayToYmax) {
 }
 
 TEST_F(TiltMeasurement, EndsWhereItIsStoppedAtTheOrigin) {
-    for (const std::uint64_t afterMs : {125, 0}) { // in the wait behind the way, and on the way
+    for (const std::uint64_t afterMs : {125U, 0U}) { // in the wait behind the way, and on the way
         StandAt(0.0, 0.0, 0.0);
         scan.stopRequested = 0;
         view.calls.clear();

@@ -7,9 +7,12 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
+#include <QStyle>
 
 #include <algorithm>
 #include <utility>
@@ -19,6 +22,19 @@ namespace {
 
 // Leaves the motor controller's window, which reaches over the main window's edge, uncovered.
 constexpr int gapBesideOwner = 66;
+
+constexpr QSize roomForFrame(10, 40); // as window managers draw it around a dialog
+constexpr int lowestScrollArea = 100;
+
+/// What only the program writes looks so, and can be read even where it is disabled.
+void ShowAsOutput(QLineEdit& edit) {
+    QPalette palette = edit.palette();
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        palette.setColor(group, QPalette::Base, palette.color(QPalette::Active, QPalette::Window));
+        palette.setColor(group, QPalette::Text, palette.color(QPalette::Active, QPalette::WindowText));
+    }
+    edit.setPalette(palette);
+}
 
 } // namespace
 
@@ -30,6 +46,7 @@ QtResourceDialog::QtResourceDialog(int resource, QWidget* owner)
         if (const QVariant id = control->property("controlId"); id.isValid())
             Watch(control, id.toInt());
     }
+    FitInto((owner != nullptr ? owner : this)->screen()->availableSize() - roomForFrame);
 }
 
 QWidget* QtResourceDialog::Control(int controlId) const {
@@ -46,6 +63,8 @@ void QtResourceDialog::Watch(QWidget* control, int controlId) {
         connect(edit, &QLineEdit::textChanged, this,
                 [this, controlId] { Report(controlId, Notification::TextChanged); });
         edit->installEventFilter(this);
+        if (edit->isReadOnly())
+            ShowAsOutput(*edit);
     } else if (auto* combo = qobject_cast<QComboBox*>(control)) {
         connect(combo, &QComboBox::activated, this,
                 [this, controlId] { Report(controlId, Notification::SelectionChanged); });
@@ -53,6 +72,21 @@ void QtResourceDialog::Watch(QWidget* control, int controlId) {
         combo->view()->setProperty("controlId", controlId);
         combo->view()->installEventFilter(this);
     }
+}
+
+/// As high as its contents need and the screen allows.
+void QtResourceDialog::FitInto(const QSize& available) {
+    auto* area = findChild<QScrollArea*>();
+    if (area == nullptr)
+        return;
+    for (QLayout* part : findChildren<QLayout*>())
+        part->invalidate(); // the area has asked for sizes before there were texts
+    const QSize contents = area->widget()->minimumSizeHint();
+    area->setMinimumSize(contents);
+    const QSize whole = size().expandedTo(layout()->totalMinimumSize());
+    area->setMinimumSize(contents.width() + style()->pixelMetric(QStyle::PM_ScrollBarExtent),
+                         lowestScrollArea);
+    resize(whole.boundedTo(available).expandedTo(layout()->totalMinimumSize()));
 }
 
 /// Focus that comes and goes, lists that open and close.
@@ -131,7 +165,11 @@ void QtResourceDialog::closeEvent(QCloseEvent* event) {
 void QtResourceDialog::PlaceBeside(const QWidget& neighbour) {
     const QRect screen = neighbour.screen()->availableGeometry();
     const QRect taken = neighbour.frameGeometry();
-    const QSize withFrame = size() + taken.size() - neighbour.size();
+    const QSize frame = taken.size() - neighbour.size();
+    const int room = screen.right() - taken.right() - frame.width();
+    if (findChild<QScrollArea*>() != nullptr && width() > room)
+        resize(std::max(room, minimumSizeHint().width()), height());
+    const QSize withFrame = size() + frame;
     const int left = std::min(taken.right() + 1 + gapBesideOwner, screen.right() + 1 - withFrame.width());
     QRect place(QPoint(left, taken.top()), withFrame);
     for (const QDialog* other : neighbour.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly)) {

@@ -10,7 +10,7 @@
 namespace tessaro {
 
 /// A dialog of the resources. It never closes by itself: the close button is a command, and in a modal dialog
-/// Enter and Escape are.
+/// Enter and Escape are. Where the screen is too small for it, what lies in its scroll area is scrolled.
 class QtResourceDialog : public QDialog {
 public:
     using CommandHandler = std::function<void(int controlId, Notification)>;
@@ -25,8 +25,8 @@ public:
     /// No command is reported any more.
     void Silence() { m_silent = true; }
 
-    /// To the right of its owner as far as the screen reaches, below a dialog that stands there already.
-    /// Where the screen ends before that, over the middle of the owner.
+    /// To the right of its owner as far as the screen reaches, narrower where that helps, below a dialog that
+    /// stands there already. Where the screen ends before that, over the middle of the owner.
     void PlaceBeside(const QWidget& neighbour);
 
 protected:
@@ -36,6 +36,7 @@ protected:
 
 private:
     void Watch(QWidget* control, int controlId);
+    void FitInto(const QSize& available);
     void Report(int controlId, Notification notification) const;
     void PressEnter();
 

@@ -1,6 +1,7 @@
 #include "tests/platform/operator_input.h"
 #include "tests/platform/qt_machine.h"
 #include "tests/platform/recording_procedures.h"
+#include "tests/support/panel_places.h"
 
 #include <QAbstractItemView>
 #include <QCheckBox>
@@ -80,6 +81,7 @@ TEST_F(QtDialogsTest, LetsNobodyTypeIntoAReadOnlyEdit) {
 
 TEST_F(QtDialogsTest, NotifiesOfEveryButtonOfThePanel) {
     Show(137);
+    QtMachine::TopLevel(panelTitle)->resize(panelWidth, panelHeight); // nothing has to be scrolled to
     for (const int id :
          {1027, 1042, 1029, 1011, 1010, 1008, 1009, 1026, 1016, 1024, 1023, 1013, 1014, 1032}) {
         m_procedure.commands.clear();
@@ -91,6 +93,7 @@ TEST_F(QtDialogsTest, NotifiesOfEveryButtonOfThePanel) {
 
 TEST_F(QtDialogsTest, NotifiesOfACheckBoxThatTheOperatorClicks) {
     const WindowHandle dialog = Show(137);
+    QtMachine::TopLevel(panelTitle)->resize(panelWidth, panelHeight);
     auto* box = QtMachine::Control<QCheckBox>(panelTitle, 1004);
     operator_input::Press(*box, {8, box->height() / 2});
     operator_input::Release(*box, {8, box->height() / 2});

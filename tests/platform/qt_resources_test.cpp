@@ -1,6 +1,7 @@
 #include "platform/fake/resource_controls.h"
 #include "tests/platform/qt_machine.h"
 #include "tests/platform/recording_procedures.h"
+#include "tests/support/panel_places.h"
 
 #include <QAbstractItemView>
 #include <QCheckBox>
@@ -30,8 +31,10 @@ protected:
             m_machine.ui.dialogs.CreateModeless(resource, WindowHandle::None, m_procedure);
         m_machine.ui.dialogs.ShowModeless(dialog);
         for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (widget->isVisible())
-                return widget;
+            if (!widget->isVisible())
+                continue;
+            widget->resize(widget->size().expandedTo({panelWidth, panelHeight})); // so that none scrolls
+            return widget;
         }
         return nullptr;
     }
@@ -119,12 +122,11 @@ TEST_F(QtResources, HaveTheTextsBesideTheControls) {
         {130,
          {"Current Position (um)", "X:", "Y:", "Z position (um)", "Scan Area", "X", "Y", "(cm)",
           "Step motion (um)"}},
-        {137, {"X: (um)",       "Y: (um)",   "Z: (um)",     "X range (mm)",
-               "Y range (mm)",  "by Origin", "by X max",    "by Y max",
-               "X tilt",        "Y tilt",    "Total found", "Information:",
-               "Progress:",     "Laplace S", "Laplace M",   "Modifed L",
-               "Deviation",     "Focus",     "EdgeShp",     "> > > > > > >",
-               "< < < < < < <", "^"}},
+        {137,
+         {"X: (um)",   "Y: (um)",       "Z: (um)",       "X range (mm)", "Y range (mm)",       "by Origin",
+          "by X max",  "by Y max",      "X tilt",        "Y tilt",       "Total found",        "Information:",
+          "Progress:", "Laplace S",     "Laplace M",     "Modifed L",    "Deviation",          "Focus",
+          "EdgeShp",   "> > > > > > >", "< < < < < < <", "^\n^",         "v\nv\nv\nv\nv\nv\nv"}},
         {141, {"XYZ-stage COM Port #", "Camera"}}};
     for (const auto& [resource, texts] : expected) {
         const QWidget* dialog = Show(resource);

@@ -58,6 +58,13 @@ public:
         MoveTo(x, y);
         Operate({"click", "1"});
     }
+    /// At a place of the window of that title.
+    void ClickIn(const std::string& title, int x, int y) const {
+        const std::vector<std::string> windows = Windows(title);
+        if (!windows.empty())
+            Operate({"mousemove", "--window", windows.front(), std::to_string(x), std::to_string(y), "click",
+                     "1"});
+    }
     void HoldButton() const { Operate({"mousedown", "1"}); }
     void LetGoOfButton() const { Operate({"mouseup", "1"}); }
 
@@ -100,6 +107,18 @@ public:
     std::string PartOfScreen(int x, int y) const {
         const std::string part = "32x4+" + std::to_string(x) + "+" + std::to_string(y);
         return RunProgram("import", {"-window", "root", "-depth", "8", "-crop", part, "ppm:-"}, Environment())
+            .output;
+    }
+
+    /// A part of the window of that title, as a PPM file holds it; empty when there is none.
+    std::string PartOfWindow(const std::string& title, int x, int y, int width, int height) const {
+        const std::vector<std::string> windows = Windows(title);
+        if (windows.empty())
+            return {};
+        const std::string part = std::to_string(width) + "x" + std::to_string(height) + "+" +
+                                 std::to_string(x) + "+" + std::to_string(y);
+        return RunProgram("import", {"-window", windows.front(), "-depth", "8", "-crop", part, "ppm:-"},
+                          Environment())
             .output;
     }
 

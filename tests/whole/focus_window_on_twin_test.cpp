@@ -1,3 +1,4 @@
+#include "scan/control_panel_ids.h"
 #include "support/twin_stage.h"
 #include "whole/window_driver.h"
 
@@ -8,16 +9,11 @@
 #include <cmath>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace tessaro {
 namespace {
 
-using Place = std::pair<int, int>; // pixels of the screen
-
-constexpr Place coarseButton{1415, 591};
-constexpr Place focusButton{1801, 591};
 constexpr double focusZ = 40.0; // um
 constexpr double nearUm = 3.0;
 
@@ -112,8 +108,6 @@ protected:
     double Z() { return TwinStage::Place(*twin)[2]; }
     bool Stands() { return !TwinStage::Moves(*twin); }
 
-    void Click(Place place) { display.Click(place.first, place.second); }
-
     TwinStage stage{home.Path().string()};
     std::unique_ptr<RunningTwin> twin;
 };
@@ -132,14 +126,14 @@ TEST_F(FocusWindowOnTwin, ComesIntoFocusByTheMenu) {
 /// As an operator would: "focus" once more where the image is not sharp yet.
 TEST_F(FocusWindowOnTwin, ComesIntoFocusFromFarByCoarseAndFocus) {
     StartAt("1500,700,290", {"--focus-speed", "150"}); // samples lie close together on a slow machine, too
-    Click(coarseButton);
+    ClickPanel(panel::coarse);
     ASSERT_TRUE(Eventually([this] { return Outcomes("coarse").size() == 1; }, std::chrono::minutes(1)));
     EXPECT_EQ(Outcomes("coarse").back(), "peak passed") << ReadText(CurveFile());
     EXPECT_TRUE(Eventually([this] { return Stands(); }));
     EXPECT_NEAR(Z(), focusZ, 60.0) << ReadText(CurveFile());
     display.Screenshot(screenshots / "focus-after-coarse.png");
     for (std::size_t press = 1; press <= 4 && std::abs(Z() - focusZ) > nearUm; ++press) {
-        Click(focusButton);
+        ClickPanel(panel::autoFocus);
         ASSERT_TRUE(Eventually([&] { return Outcomes("fine").size() == press; }, std::chrono::minutes(1)));
         EXPECT_TRUE(Eventually([this] { return Stands(); }));
     }
@@ -150,7 +144,7 @@ TEST_F(FocusWindowOnTwin, ComesIntoFocusFromFarByCoarseAndFocus) {
 
 TEST_F(FocusWindowOnTwin, IsClosedInTheMiddleOfASearchAndLeavesNothingMoving) {
     StartAt("1500,700,200", {"--focus-speed", "300"});
-    Click(coarseButton);
+    ClickPanel(panel::coarse);
     ASSERT_TRUE(Eventually([this] { return CurveOf(ReadText(CurveFile())).size() > 3; }));
     CloseTheWindow();
     const std::vector<std::string> orders = stage.Orders();

@@ -1,3 +1,4 @@
+#include "scan/control_panel_ids.h"
 #include "support/twin_stage.h"
 #include "whole/window_driver.h"
 
@@ -16,10 +17,8 @@ namespace {
 using Place = std::pair<int, int>; // pixels of the screen
 using Position = std::array<double, 3>;
 
-constexpr std::array<Place, 3> targetEdits = {{{1622, 91}, {1622, 121}, {1622, 149}}};
-constexpr Place moveButton{1763, 120};
-constexpr Place nowhereOnThePanel{1349, 500}; // a caption
-constexpr Place plusX{1131, 860};             // in the motor controller
+constexpr std::array<int, 3> targetEdits = {panel::targetX, panel::targetY, panel::targetZ};
+constexpr Place plusX{1131, 860}; // in the motor controller
 constexpr double stepUm = 0.625;
 
 /// The operator's program with the simulated microscope's stage and camera behind it.
@@ -60,8 +59,7 @@ protected:
 
     /// What is shown at the places of the panel's three position boxes.
     std::string PositionBoxes() const {
-        return display.PartOfScreen(1380, 90) + display.PartOfScreen(1380, 120) +
-               display.PartOfScreen(1380, 148);
+        return PanelText(panel::positionX) + PanelText(panel::positionY) + PanelText(panel::positionZ);
     }
 
     bool ButtonIsLetGo() {
@@ -83,14 +81,7 @@ protected:
     /// A few pixels of the image.
     std::string Image() const { return display.PartOfScreen(600, 500) + display.PartOfScreen(300, 300); }
 
-    void TypeTarget(std::size_t axis, const std::string& um) {
-        display.Click(targetEdits[axis].first, targetEdits[axis].second);
-        ASSERT_TRUE(Eventually([this] { return display.ActiveTitle() == "Control Panel\n"; }));
-        display.Keys({"ctrl+a"});
-        display.Type(um);
-    }
-
-    void Click(Place place) { display.Click(place.first, place.second); }
+    void TypeTarget(std::size_t axis, const std::string& um) { TypeIntoPanel(targetEdits.at(axis), um); }
 
     TwinStage stage{home.Path().string()};
     std::unique_ptr<RunningTwin> twin;
@@ -136,7 +127,7 @@ TEST_F(StageWindowOnTwin, GoesToTheTargetsOfThePanelOneAfterTheOther) {
     const std::size_t before = stage.Orders().size();
     const std::string image = Image();
     const std::string boxes = PositionBoxes();
-    Click(moveButton);
+    ClickPanel(panel::move);
     EXPECT_TRUE(Eventually([this] { return Stands({1500, 700, 20}) && IsIdle(); }));
     const std::vector<std::string> all = stage.Orders();
     EXPECT_EQ(std::vector<std::string>(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()),
@@ -167,9 +158,9 @@ TEST_F(StageWindowOnTwin, GoesWhereTheStageDialogSends) {
 TEST_F(StageWindowOnTwin, StopsAllAxesAtAClickDuringAMove) {
     Start();
     TypeTarget(0, "30000");
-    Click(moveButton);
+    ClickPanel(panel::move);
     ASSERT_TRUE(Eventually([this] { return Where()[0] > 1200.0; }));
-    Click(nowhereOnThePanel);
+    display.ClickIn(panelTitle, panelCaption.x, panelCaption.y);
     ASSERT_TRUE(Eventually([this] { return WasTold("O"); }));
     const std::vector<std::string> orders = stage.Orders();
     EXPECT_EQ(std::vector<std::string>(orders.end() - 3, orders.end()),

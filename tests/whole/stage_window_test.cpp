@@ -1,5 +1,6 @@
 // The operator's windows of the stage without a controller: what mouse and keys do, and what is drawn.
 
+#include "scan/control_panel_ids.h"
 #include "whole/window_driver.h"
 
 #include <gtest/gtest.h>
@@ -22,15 +23,6 @@ constexpr int labelReach = 30; // from the middle of a button
 /// The windows that move the stage, which is simulated: it is where it was sent to at once.
 class StageWindow : public WindowDriver {
 protected:
-    /// Pixels of the control panel where X is shown.
-    std::vector<std::uint8_t> PositionBox(const std::string& screenshot) {
-        const auto screen = display.Screenshot(screenshots / (screenshot + ".png"));
-        std::vector<std::uint8_t> pixels;
-        for (int y = 80; screen.has_value() && y < 104; ++y)
-            pixels.insert(pixels.end(), screen->Pixel(1376, y), screen->Pixel(1530, y));
-        return pixels;
-    }
-
     bool ButtonIs(int red, int green, int blue) {
         const auto screen = display.Screenshot(screenshots / "motor-controller.png");
         if (!screen.has_value())
@@ -63,12 +55,12 @@ protected:
 
 TEST_F(StageWindow, JogsWhileAButtonIsHeldAndShowsWhere) {
     StartWithPopup();
-    const std::vector<std::uint8_t> before = PositionBox("jog");
+    const std::string before = PanelText(panel::positionX);
     Hold(plusX);
-    ASSERT_TRUE(Eventually([&] { return PositionBox("jog") != before; }));
+    ASSERT_TRUE(Eventually([&] { return PanelText(panel::positionX) != before; }));
     EXPECT_TRUE(ButtonIs(255, 200, 100));
-    const std::vector<std::uint8_t> onTheWay = PositionBox("jog");
-    EXPECT_TRUE(Eventually([&] { return PositionBox("jog") != onTheWay; })) << "it runs on";
+    const std::string onTheWay = PanelText(panel::positionX);
+    EXPECT_TRUE(Eventually([&] { return PanelText(panel::positionX) != onTheWay; })) << "it runs on";
     display.LetGoOfButton();
     EXPECT_TRUE(Eventually([&] { return ButtonIs(200, 200, 200); }));
     EXPECT_EQ(display.ActiveTitle(), std::string(mainTitle) + "\n");

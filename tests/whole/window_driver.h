@@ -2,6 +2,7 @@
 
 #include "platform/picture.h"
 #include "support/background_program.h"
+#include "support/panel_places.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
 #include "support/test_display.h"
@@ -26,6 +27,7 @@ inline constexpr int widestTitleAndMenu = 100;
 inline constexpr int widestFrame = 10;
 inline constexpr const char* mainTitle = "Tessaro Searching";
 inline constexpr const char* popupTitle = "Motor Controller";
+inline constexpr const char* panelTitle = "Control Panel";
 
 // Entries of the menus by key: Alt+F opens the first menu with its first entry chosen.
 inline const std::map<std::string, std::pair<int, int>> menuPlaces = {
@@ -49,6 +51,7 @@ inline const std::map<std::string, std::pair<int, int>> menuPlaces = {
     {"Discern Contrast", {3, 4}},
     {"Setting XY stage", {4, 0}},
     {"Start", {4, 1}},
+    {"Pause/Resume", {4, 2}},
     {"Information", {5, 0}},
 };
 
@@ -146,13 +149,24 @@ protected:
         return true;
     }
 
-    /// Pixels of the control panel where its last status line lies.
-    std::vector<std::uint8_t> ProgressBox() {
-        const auto screen = display.Screenshot(screenshots / "progress.png");
-        std::vector<std::uint8_t> pixels;
-        for (int y = 770; screen.has_value() && y < 795; ++y)
-            pixels.insert(pixels.end(), screen->Pixel(1400, y), screen->Pixel(1800, y));
-        return pixels;
+    void ClickPanel(int controlId) {
+        const PanelPlace place = panelPlaces.at(controlId);
+        display.ClickIn(panelTitle, place.x, place.y);
+    }
+
+    /// What an edit of the control panel shows at the beginning of its text; empty when there is no panel.
+    std::string PanelText(int controlId) const {
+        const PanelPlace place = panelPlaces.at(controlId);
+        return display.PartOfWindow(panelTitle, place.x - panelTextReach, place.y - panelTextHalfHeight,
+                                    2 * panelTextReach, 2 * panelTextHalfHeight);
+    }
+
+    /// In an edit of the control panel, in place of what is there.
+    void TypeIntoPanel(int controlId, const std::string& text) {
+        ClickPanel(controlId);
+        ASSERT_TRUE(Eventually([this] { return display.ActiveTitle() == std::string(panelTitle) + "\n"; }));
+        display.Keys({"ctrl+a"});
+        display.Type(text);
     }
 
     void Exit() {

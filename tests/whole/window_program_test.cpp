@@ -7,6 +7,7 @@
 #include "imaging/picture_to_frame.h"
 #include "platform/qt/qt_drawing_surface.h"
 #include "platform/qt/qt_picture_files.h"
+#include "scan/control_panel_ids.h"
 #include "whole/window_driver.h"
 
 #include <gtest/gtest.h>
@@ -107,10 +108,10 @@ TEST_F(WindowProgram, AnalysesAnImportedPictureFromTheMenuAndSavesIt) {
     ASSERT_TRUE(Eventually([&] { return ShowsPicture(expected.shown, "single-layers"); }));
     EXPECT_TRUE(Eventually([&] { return SavedImages().size() == 2; }));
 
-    const std::vector<std::uint8_t> progress = ProgressBox();
+    const std::string progress = PanelText(panel::progress);
     display.Keys({"Return"});
     EXPECT_TRUE(Eventually([&] { return SavedImages().size() == 4; }));
-    EXPECT_TRUE(Eventually([&] { return ProgressBox() != progress; }))
+    EXPECT_TRUE(Eventually([&] { return PanelText(panel::progress) != progress; }))
         << "noise and focus, when the key is done";
     Menu("Save Image");
     EXPECT_TRUE(Eventually([&] { return SavedImages().size() == 6; }));

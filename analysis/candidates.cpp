@@ -12,14 +12,12 @@
 namespace tessaro {
 namespace {
 
-constexpr int marginColumns = 25;
-constexpr int marginRows = 1;
 constexpr int fewestMarksAround = 4; // the candidate and three neighbours
 
-constexpr int firstColumn = marginColumns;
-constexpr int lastColumn = reducedWidth - 1 - marginColumns;
-constexpr int firstRow = marginRows;
-constexpr int lastRow = reducedHeight - 1 - marginRows;
+constexpr int firstColumn = candidateMarginColumns;
+constexpr int lastColumn = reducedWidth - 1 - candidateMarginColumns;
+constexpr int firstRow = candidateMarginRows;
+constexpr int lastRow = reducedHeight - 1 - candidateMarginRows;
 
 /// Matching pixels of one reduced row, bit x4 % 64 of word x4 / 64.
 using RowMatches = std::array<std::uint64_t, (reducedWidth + 63) / 64>;

@@ -4,8 +4,11 @@
 
 namespace tessaro {
 
+inline constexpr int candidateMarginColumns = 25; // reduced columns on either side that are not searched
+inline constexpr int candidateMarginRows = 1;     // reduced rows below and above
+
 /// Fills the candidate list and map with the reduced pixels whose contrasts match the targets, row by row
-/// from the buffer's row 0, leaving a margin of one reduced row and 25 reduced columns. Ends silently at the
+/// from the buffer's row 0, leaving the margins out. Ends silently at the
 /// 20,000th. With `paint` each candidate is marked by one red pixel on the surface.
 void FindCandidates(FieldAnalysis& field, bool paint);
 

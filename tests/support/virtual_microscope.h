@@ -5,6 +5,7 @@
 #include "focus/focus_curve.h"
 #include "platform/fake/fake_user_interface.h"
 #include "scan/control_panel_ids.h"
+#include "scan/scan_listener.h"
 #include "support/virtual_serial_ports.h"
 #include "twin/sensor_renderer.h"
 #include "twin/stage/stage_wire.h"
@@ -79,6 +80,7 @@ struct MicroscopeSetUp {
     StagePosition start;
     StageLimits limits = UsualLimitsAround({});
     ProgressAxes progress = usualProgressAxes;
+    ScanListener* scanListener = nullptr; // must outlive the microscope
 };
 
 /// The operator's program on a simulated microscope, all in virtual time. Nothing is drawn: the program has

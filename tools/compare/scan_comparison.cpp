@@ -1,0 +1,146 @@
+#include "compare/scan_comparison.h"
+
+#include "analysis/candidates.h"
+#include "analysis/reduced_image.h"
+#include "simulated_field/simulated_field.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace tessaro {
+namespace {
+
+constexpr double marginX = candidateMarginColumns * reduction; // frame pixels
+constexpr double marginY = candidateMarginRows * reduction;
+
+bool LiesAt(const ReportedGrain& grain, const TrueFlake& flake, double toleranceUm) {
+    return SignedDistance(grain.centre, flake.outline) < toleranceUm;
+}
+
+/// Whether the place lies in the box of the grain, or nearer to it than the tolerance.
+bool IsInBox(const ReportedGrain& grain, Vertex place, double toleranceUm) {
+    const double halfWidth = (grain.box.right - grain.box.left) / framePixelsPerUm / 2.0;
+    const double halfHeight = (grain.box.maxRow - grain.box.minRow) / framePixelsPerUm / 2.0;
+    return std::abs(place.x - grain.centre.x) <= halfWidth + toleranceUm &&
+           std::abs(place.y - grain.centre.y) <= halfHeight + toleranceUm;
+}
+
+/// A field whose border cuts a flake shows a part of it, in the box of the whole.
+bool AreOneFlake(const ReportedGrain& a, const ReportedGrain& b, double toleranceUm) {
+    return IsInBox(a, b.centre, toleranceUm) || IsInBox(b, a.centre, toleranceUm);
+}
+
+std::vector<const ReportedGrain*> SingleGrains(const std::vector<ReportedField>& fields) {
+    std::vector<const ReportedGrain*> singles;
+    for (const ReportedField& field : fields)
+        for (const ReportedGrain& grain : field.grains)
+            if (grain.single)
+                singles.push_back(&grain);
+    return singles;
+}
+
+/// For each grain the number of its group; grains of one flake share it.
+std::vector<std::size_t> GroupByPlace(const std::vector<const ReportedGrain*>& grains, double toleranceUm) {
+    std::vector<std::size_t> group(grains.size());
+    std::iota(group.begin(), group.end(), std::size_t{0});
+    for (std::size_t b = 1; b < grains.size(); ++b)
+        for (std::size_t a = 0; a < b; ++a)
+            if (group[a] != group[b] && AreOneFlake(*grains[a], *grains[b], toleranceUm))
+                std::replace(group.begin(), group.end(), std::size_t{group[b]}, std::size_t{group[a]});
+    return group;
+}
+
+const TrueFlake* FlakeAt(const ReportedGrain& grain, const std::vector<TrueFlake>& flakes,
+                         double toleranceUm) {
+    const auto at = std::ranges::find_if(
+        flakes, [&](const TrueFlake& flake) { return LiesAt(grain, flake, toleranceUm); });
+    return at != flakes.end() ? &*at : nullptr;
+}
+
+void AddGrain(const ReportedGrain& grain, ReportedFlake& flake) {
+    if (flake.grains++ > 0 && grain.score <= flake.bestScore)
+        return;
+    flake.centre = grain.centre;
+    flake.bestScore = grain.score;
+    flake.areaUm2 = grain.pixels / (framePixelsPerUm * framePixelsPerUm);
+}
+
+std::vector<ReportedFlake> ReportedFlakes(const std::vector<ReportedField>& fields,
+                                          const std::vector<TrueFlake>& flakes, double toleranceUm) {
+    const std::vector<const ReportedGrain*> grains = SingleGrains(fields);
+    const std::vector<std::size_t> group = GroupByPlace(grains, toleranceUm);
+    std::vector<ReportedFlake> reported;
+    for (std::size_t first = 0; first < grains.size(); ++first) {
+        if (std::find(group.begin(), group.begin() + static_cast<std::ptrdiff_t>(first), group[first]) !=
+            group.begin() + static_cast<std::ptrdiff_t>(first))
+            continue;
+        ReportedFlake flake;
+        for (std::size_t i = first; i < grains.size(); ++i) {
+            if (group[i] != group[first])
+                continue;
+            AddGrain(*grains[i], flake);
+            const TrueFlake* const there = FlakeAt(*grains[i], flakes, toleranceUm);
+            if (flake.truth == nullptr || (there != nullptr && there->layers == 1))
+                flake.truth = there != nullptr ? there : flake.truth;
+        }
+        flake.again =
+            flake.truth != nullptr && std::ranges::any_of(reported, [&](const ReportedFlake& other) {
+                return other.truth == flake.truth;
+            });
+        reported.push_back(flake);
+    }
+    return reported;
+}
+
+void LookFor(WantedFlake& wanted, const std::vector<ReportedField>& fields, double toleranceUm) {
+    for (const ReportedField& field : fields) {
+        wanted.fields += IsWhollyAnalysed(wanted.flake.outline, field.position) ? 1 : 0;
+        for (const ReportedGrain& grain : field.grains) {
+            if (!LiesAt(grain, wanted.flake, toleranceUm))
+                continue;
+            wanted.bestScore = wanted.grains++ > 0 ? std::max(wanted.bestScore, grain.score) : grain.score;
+            wanted.found = wanted.found || grain.single;
+        }
+    }
+}
+
+} // namespace
+
+int ScanComparison::Found() const {
+    return static_cast<int>(std::ranges::count_if(wanted, &WantedFlake::found));
+}
+
+int ScanComparison::Wrong() const {
+    return static_cast<int>(
+        std::ranges::count_if(reported, [](const ReportedFlake& flake) { return !flake.IsRight(); }));
+}
+
+int ScanComparison::Again() const {
+    return static_cast<int>(std::ranges::count_if(reported, &ReportedFlake::again));
+}
+
+bool IsWhollyAnalysed(const Outline& outline, Vertex fieldPosition) {
+    return std::ranges::all_of(outline, [&](const Vertex& corner) {
+        return std::abs(corner.x - fieldPosition.x) * framePixelsPerUm <= frameWidth / 2.0 - marginX &&
+               std::abs(corner.y - fieldPosition.y) * framePixelsPerUm <= frameHeight / 2.0 - marginY;
+    });
+}
+
+ScanComparison CompareScan(const std::vector<ReportedField>& fields, const std::vector<TrueFlake>& flakes,
+                           const ComparisonOptions& options) {
+    ScanComparison comparison;
+    comparison.fields = static_cast<int>(fields.size());
+    comparison.reported = ReportedFlakes(fields, flakes, options.toleranceUm);
+    for (const TrueFlake& flake : flakes) {
+        if (flake.layers != 1 || flake.areaUm2 < options.minimumAreaUm2)
+            continue;
+        WantedFlake wanted = {.flake = flake};
+        LookFor(wanted, fields, options.toleranceUm);
+        if (wanted.fields > 0)
+            comparison.wanted.push_back(std::move(wanted));
+    }
+    return comparison;
+}
+
+} // namespace tessaro

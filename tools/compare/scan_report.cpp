@@ -1,0 +1,95 @@
+#include "compare/scan_report.h"
+
+#include "json_members.h"
+
+#include <QByteArray>
+#include <QJsonDocument>
+#include <QString>
+
+#include <optional>
+
+namespace tessaro {
+namespace {
+
+/// Nothing where the line is no JSON object.
+std::optional<QJsonObject> ObjectIn(std::string_view line) {
+    const QJsonDocument document =
+        QJsonDocument::fromJson(QByteArray(line.data(), static_cast<qsizetype>(line.size())));
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
+
+/// A number that is not finite is null.
+double ScoreOf(const QJsonObject& object) {
+    return object.value(QLatin1String("score")).isNull() ? 0.0 : NumberMember(object, "score");
+}
+
+ReportedGrain GrainOf(const QJsonObject& object) {
+    ReportedGrain grain;
+    grain.centre = PointOf(object.value(QLatin1String("centre")), "centre");
+    grain.box = {IntegerMember(object, "left"), IntegerMember(object, "right"),
+                 IntegerMember(object, "minRow"), IntegerMember(object, "maxRow")};
+    grain.pixels = IntegerMember(object, "pixels");
+    grain.score = ScoreOf(object);
+    const QJsonValue single = object.value(QLatin1String("single"));
+    if (!single.isBool())
+        throw NoMember("single", "true or false");
+    grain.single = single.toBool();
+    return grain;
+}
+
+std::vector<std::string> TextsOf(const QJsonArray& list) {
+    std::vector<std::string> texts;
+    for (const QJsonValue& value : list)
+        texts.push_back(value.toString().toStdString());
+    return texts;
+}
+
+ReportedField FieldOf(const QJsonObject& object, int scan) {
+    ReportedField field;
+    field.scan = scan;
+    field.field = IntegerMember(object, "field");
+    field.row = IntegerMember(object, "row");
+    field.column = IntegerMember(object, "column");
+    field.position = {NumberMember(object, "x"), NumberMember(object, "y")};
+    field.found = IntegerMember(object, "found");
+    for (const QJsonValue& grain : ArrayMember(object, "grains"))
+        field.grains.push_back(GrainOf(grain.toObject()));
+    field.images = TextsOf(ArrayMember(object, "images"));
+    field.problems = TextsOf(object.value(QLatin1String("problems")).toArray()); // need not be there
+    return field;
+}
+
+void AddLine(const QJsonObject& object, ScanReport& report) {
+    const int scan = object.contains(QLatin1String("scan")) ? IntegerMember(object, "scan") : 1;
+    if (object.contains(QLatin1String("end")))
+        report.ends.push_back({scan, object.value(QLatin1String("end")).toString().toStdString()});
+    else
+        report.fields.push_back(FieldOf(object, scan));
+}
+
+} // namespace
+
+std::variant<ScanReport, ReadingError> ReadScanReport(std::string_view text) {
+    ScanReport report;
+    for (int number = 1; !text.empty(); ++number) {
+        const std::size_t end = text.find('\n');
+        const std::string_view line = text.substr(0, end);
+        const bool isWhole = end != std::string_view::npos;
+        text.remove_prefix(isWhole ? end + 1 : text.size());
+        const std::string place = "line " + std::to_string(number) + ": ";
+        const std::optional<QJsonObject> object = ObjectIn(line);
+        report.torn = !object && !isWhole;
+        if (report.torn)
+            break;
+        if (!object)
+            return ReadingError{place + "no JSON object"};
+        try {
+            AddLine(*object, report);
+        } catch (const WrongMember& wrong) {
+            return ReadingError{place + wrong.what()};
+        }
+    }
+    return report;
+}
+
+} // namespace tessaro

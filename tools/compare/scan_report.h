@@ -1,0 +1,56 @@
+#pragma once
+
+#include "simulated_field/planar_geometry.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace tessaro {
+
+/// One grain of a field, as the report has it.
+struct ReportedGrain {
+    Vertex centre; // of its box, um of the stage
+    PixelBox box;  // frame pixels
+    int pixels = 0;
+    double score = 0.0;
+    bool single = false;
+};
+
+/// One field, as the report has it. Where the stage stood is the middle of the frame.
+struct ReportedField {
+    int scan = 1;
+    int field = 0;
+    int row = 0;
+    int column = 0;
+    Vertex position; // um
+    int found = 0;
+    std::vector<ReportedGrain> grains;
+    std::vector<std::string> images;
+    std::vector<std::string> problems;
+};
+
+/// The last line of a scan.
+struct ReportedEnd {
+    int scan = 1;
+    std::string why; // "completed", "stopped", ...
+};
+
+struct ScanReport {
+    std::vector<ReportedField> fields;
+    std::vector<ReportedEnd> ends; // of each scan that has come to one
+    bool torn = false;             // the last line is not whole: the program was ended while it wrote it
+};
+
+/// Why a file is none of what it should be: a phrase, such as "line 3: no \"row\"".
+struct ReadingError {
+    std::string reason;
+};
+
+/// The lines that "tessaro --report" writes. A last line without its line feed that is no JSON object is left
+/// out, and told by `torn`.
+std::variant<ScanReport, ReadingError> ReadScanReport(std::string_view text);
+
+} // namespace tessaro

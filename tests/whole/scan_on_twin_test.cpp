@@ -1,4 +1,6 @@
+#include "compare/comparison_table.h"
 #include "compare/scan_comparison.h"
+#include "support/sanitizer.h"
 #include "support/virtual_microscope.h"
 
 #include <gtest/gtest.h>
@@ -6,7 +8,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <numeric>
+#include <string>
 #include <vector>
 
 // A scan of the simulated microscope, held against what truly lies on the wafer.
@@ -14,9 +19,12 @@
 namespace tessaro {
 namespace {
 
+// On the wafers of the seeds 1 to 10 all grains of all fields are single layers. Those of 150 um^2 or more
+// score 36 to 49, smaller ones and parts of some that the border of a field cuts 25 and more.
 constexpr float threshold = 35.0F;
 constexpr std::int32_t rangeMm = 2;
 constexpr std::int32_t originUm = 600;
+constexpr double outOfFocusUm = 3.0;      // where the operator has left Z
 constexpr Vertex tilt = {0.002, -0.0015}; // um of Z per um
 
 /// Keeps what every field showed, as the program's own report would.
@@ -66,57 +74,78 @@ std::vector<TrueFlake> TruthOf(const Wafer& wafer) {
     return flakes;
 }
 
-class ScanOnTwin : public testing::TestWithParam<std::uint64_t> {
-protected:
-    ScanOnTwin() { testing::internal::CaptureStdout(); }
-    ~ScanOnTwin() override {
-        const std::string told = testing::internal::GetCapturedStdout();
-        if (HasFailure())
+/// What the link and the image files tell of every step is wanted only where a test fails.
+class OutputKept {
+public:
+    OutputKept() {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+    }
+    ~OutputKept() {
+        const std::string told =
+            testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
+        if (testing::Test::HasFailure())
             std::fputs(told.c_str(), stdout);
     }
+    OutputKept(const OutputKept&) = delete;
+    OutputKept& operator=(const OutputKept&) = delete;
+};
+
+/// The program at the origin of a scan, with the settings of an operator who knows what flakes score.
+class ScanOnTwin : public testing::TestWithParam<std::uint64_t> {
+protected:
+    ScanOnTwin()
+        : wafer({.seed = GetParam(), .tiltUmPerUm = tilt}), microscope(wafer, SetUp(wafer, recorder)) {
+        Globals& globals = *microscope.globals;
+        recorder.globals = &globals;
+        globals.grainTable = std::make_unique<GrainTable>();
+        globals.settings.xRange = rangeMm;
+        globals.settings.yRange = rangeMm;
+        globals.settings.scoreThreshold = threshold;
+        globals.scan.originX = originUm;
+        globals.scan.originY = originUm;
+        microscope.camera.noiseSeed = GetParam() * 100'000U;
+    }
+
+    static MicroscopeSetUp SetUp(const Wafer& wafer, FieldRecorder& recorder) {
+        MicroscopeSetUp setUp;
+        setUp.start = {originUm, originUm, wafer.FocusZ(originUm, originUm) + outOfFocusUm};
+        setUp.limits = UsualLimitsAround(setUp.start);
+        setUp.scanListener = &recorder;
+        return setUp;
+    }
+
+    OutputKept output;
+    const Wafer wafer;
+    FieldRecorder recorder;
+    VirtualMicroscope microscope;
 };
 
 TEST_P(ScanOnTwin, FindsNineOfTenSingleLayersAndHardlyAnythingElse) {
-    const Wafer wafer({.seed = GetParam(), .tiltUmPerUm = tilt});
-    const std::vector<TrueFlake> truth = TruthOf(wafer);
-    FieldRecorder recorder;
-    MicroscopeSetUp setUp;
-    setUp.start = {originUm, originUm, wafer.FocusZ(originUm, originUm) + 3.0};
-    setUp.limits = UsualLimitsAround(setUp.start);
-    setUp.scanListener = &recorder;
-    VirtualMicroscope microscope(wafer, setUp);
-    recorder.globals = microscope.globals.get();
-    microscope.camera.noiseSeed = GetParam() * 100'000U;
-    Settings& settings = microscope.globals->settings;
-    settings.xRange = rangeMm;
-    settings.yRange = rangeMm;
-    settings.scoreThreshold = threshold;
-    microscope.globals->scan.originX = originUm;
-    microscope.globals->scan.originY = originUm;
-    microscope.globals->grainTable = std::make_unique<GrainTable>();
-
     microscope.services.scanRun.RunScan();
-
     ASSERT_EQ(recorder.ends, std::vector<ScanEnd>{ScanEnd::Completed});
-    EXPECT_EQ(recorder.fields.size(), 30U) << "5 columns, and 5 rows with the one that makes them even";
+    ASSERT_EQ(recorder.fields.size(), 30U) << "5 columns; 5 rows, and one that makes them even";
+
+    const std::vector<TrueFlake> truth = TruthOf(wafer);
     const ScanComparison comparison = CompareScan(recorder.fields, truth);
-    std::fprintf(stderr, "seed %d: found %d of %zu, wrong %d of %zu, again %d, tilt %.5f %.5f, z %d %d %d (true %.2f %.2f %.2f), %.1f s\n",
-                 (int)GetParam(), comparison.Found(), comparison.wanted.size(), comparison.Wrong(), comparison.reported.size(),
-                 comparison.Again(), microscope.globals->focusControl.xTilt, microscope.globals->focusControl.yTilt,
-                 microscope.globals->scan.zOrigin, microscope.globals->scan.zXmax, microscope.globals->scan.zYmax,
-                 wafer.FocusZ(600,600), wafer.FocusZ(2600,600), wafer.FocusZ(600,2600), static_cast<double>(microscope.ui.clock.now)/1000.0);
-    for (auto& w : comparison.wanted) std::fprintf(stderr, "  S %.1f %s grains %d area %.0f\n", w.bestScore, w.found ? "" : "MISS", w.grains, w.flake.areaUm2);
-    for (auto& f : recorder.fields) for (auto& g : f.grains) {
-        const TrueFlake* t = nullptr;
-        for (auto& x : truth) if (SignedDistance(g.centre, x.outline) < 3) t = &x;
-        if (!t || t->layers != 1) std::fprintf(stderr, "  O %.1f layers %d px %d\n", g.score, t ? t->layers : 0, g.pixels);
-    }
-    EXPECT_GE(comparison.Found(), 0.9 * static_cast<double>(comparison.wanted.size()));
-    EXPECT_LE(comparison.Wrong(), 0.1 * static_cast<double>(comparison.reported.size()));
-    EXPECT_EQ(comparison.Again(), 0);
+    const std::string table = ComparisonTable({}, comparison, {}) + ComparisonList(comparison);
+    // 30 fields of 0.16 mm^2 with some 9 a mm^2.
+    EXPECT_GE(comparison.wanted.size(), 25U) << table;
+    EXPECT_GE(comparison.Found(), 0.9 * static_cast<double>(comparison.wanted.size())) << table;
+    EXPECT_LE(comparison.Wrong(), 0.1 * static_cast<double>(comparison.reported.size())) << table;
+    EXPECT_EQ(comparison.Again(), 0) << table;
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, ScanOnTwin, testing::Values(1U, 2U, 3U));
+/// Three wafers, or as many as the variable says. With a sanitizer one takes as long as three without.
+std::vector<std::uint64_t> Seeds() {
+    const char* const wanted = std::getenv("TESSARO_SCAN_SEEDS");
+    const std::uint64_t usual = addressSanitizer ? 1 : 3;
+    std::vector<std::uint64_t> seeds(wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : usual);
+    std::iota(seeds.begin(), seeds.end(), std::uint64_t{1});
+    return seeds;
+}
+
+INSTANTIATE_TEST_SUITE_P(Wafers, ScanOnTwin, testing::ValuesIn(Seeds()));
 
 } // namespace
 } // namespace tessaro

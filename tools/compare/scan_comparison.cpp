@@ -51,11 +51,11 @@ std::vector<std::size_t> GroupByPlace(const std::vector<const ReportedGrain*>& g
     return group;
 }
 
-const TrueFlake* FlakeAt(const ReportedGrain& grain, const std::vector<TrueFlake>& flakes,
-                         double toleranceUm) {
+/// The one that lies there; the number of all where none does.
+std::size_t FlakeAt(const ReportedGrain& grain, const std::vector<TrueFlake>& flakes, double toleranceUm) {
     const auto at = std::ranges::find_if(
         flakes, [&](const TrueFlake& flake) { return LiesAt(grain, flake, toleranceUm); });
-    return at != flakes.end() ? &*at : nullptr;
+    return static_cast<std::size_t>(at - flakes.begin());
 }
 
 void AddGrain(const ReportedGrain& grain, ReportedFlake& flake) {
@@ -66,30 +66,28 @@ void AddGrain(const ReportedGrain& grain, ReportedFlake& flake) {
     flake.areaUm2 = grain.pixels / (framePixelsPerUm * framePixelsPerUm);
 }
 
+/// A grain on a single layer outweighs one beside it.
+void Recognise(std::size_t there, const std::vector<TrueFlake>& flakes, ReportedFlake& flake) {
+    if (there == flakes.size() || (flake.truth.has_value() && flakes[there].layers != 1))
+        return;
+    flake.truth = there;
+    flake.layers = flakes[there].layers;
+}
+
 std::vector<ReportedFlake> ReportedFlakes(const std::vector<ReportedField>& fields,
                                           const std::vector<TrueFlake>& flakes, double toleranceUm) {
     const std::vector<const ReportedGrain*> grains = SingleGrains(fields);
     const std::vector<std::size_t> group = GroupByPlace(grains, toleranceUm);
-    std::vector<ReportedFlake> reported;
-    for (std::size_t first = 0; first < grains.size(); ++first) {
-        if (std::find(group.begin(), group.begin() + static_cast<std::ptrdiff_t>(first), group[first]) !=
-            group.begin() + static_cast<std::ptrdiff_t>(first))
-            continue;
-        ReportedFlake flake;
-        for (std::size_t i = first; i < grains.size(); ++i) {
-            if (group[i] != group[first])
-                continue;
-            AddGrain(*grains[i], flake);
-            const TrueFlake* const there = FlakeAt(*grains[i], flakes, toleranceUm);
-            if (flake.truth == nullptr || (there != nullptr && there->layers == 1))
-                flake.truth = there != nullptr ? there : flake.truth;
-        }
-        flake.again =
-            flake.truth != nullptr && std::ranges::any_of(reported, [&](const ReportedFlake& other) {
-                return other.truth == flake.truth;
-            });
-        reported.push_back(flake);
+    std::vector<ReportedFlake> reported(grains.size()); // by group; most have no grain
+    for (std::size_t i = 0; i < grains.size(); ++i) {
+        AddGrain(*grains[i], reported[group[i]]);
+        Recognise(FlakeAt(*grains[i], flakes, toleranceUm), flakes, reported[group[i]]);
     }
+    std::erase_if(reported, [](const ReportedFlake& flake) { return flake.grains == 0; });
+    for (auto flake = reported.begin(); flake != reported.end(); ++flake)
+        flake->again = flake->truth.has_value() &&
+                       std::any_of(reported.begin(), flake,
+                                   [&](const ReportedFlake& other) { return other.truth == flake->truth; });
     return reported;
 }
 

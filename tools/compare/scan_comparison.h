@@ -1,8 +1,10 @@
 #pragma once
 
-#include "compare/scan_report.h"
+#include "compare/report_file.h"
 #include "compare/wafer_truth.h"
 
+#include <cstddef>
+#include <optional>
 #include <vector>
 
 namespace tessaro {
@@ -27,10 +29,11 @@ struct ReportedFlake {
     double bestScore = 0.0;
     double areaUm2 = 0.0; // of that grain's pixels
     int grains = 0;
-    const TrueFlake* truth = nullptr; // what lies there; null: no flake
+    std::optional<std::size_t> truth; // which of the true flakes lies there; nothing: none
+    int layers = 0;                   // of it
     bool again = false;               // an earlier one lies at the same flake
 
-    bool IsRight() const { return truth != nullptr && truth->layers == 1; }
+    bool IsRight() const { return layers == 1; }
 };
 
 struct ScanComparison {
@@ -47,8 +50,7 @@ struct ScanComparison {
 /// that field looks for candidates.
 bool IsWhollyAnalysed(const Outline& outline, Vertex fieldPosition);
 
-/// Reported single layers and the wafer's. A flake counts once, however many fields show it. The comparison
-/// refers to the flakes.
+/// Reported single layers and the wafer's. A flake counts once, however many fields show it.
 ScanComparison CompareScan(const std::vector<ReportedField>& fields, const std::vector<TrueFlake>& flakes,
                            const ComparisonOptions& options = {});
 

@@ -25,9 +25,12 @@ std::variant<std::vector<TrueFlake>, ReadingError> ReadWaferTruth(std::string_vi
         QJsonDocument::fromJson(QByteArray(text.data(), static_cast<qsizetype>(text.size())));
     if (!document.isObject())
         return ReadingError{"no JSON object"};
+    const QJsonValue list = document.object().value(QLatin1String("flakes"));
+    if (!list.isArray())
+        return ReadingError{"\"flakes\" is no list"};
     std::vector<TrueFlake> flakes;
     try {
-        for (const QJsonValue& flake : ArrayMember(document.object(), "flakes"))
+        for (const QJsonValue& flake : list.toArray())
             flakes.push_back(FlakeOf(flake.toObject()));
     } catch (const WrongMember& wrong) {
         return ReadingError{"flake " + std::to_string(flakes.size() + 1) + ": " + wrong.what()};

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "compare/scan_report.h"
+#include "compare/report_file.h"
 #include "simulated_field/planar_geometry.h"
 
 #include <string_view>

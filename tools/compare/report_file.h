@@ -38,10 +38,10 @@ struct ReportedEnd {
     std::string why; // "completed", "stopped", ...
 };
 
-struct ScanReport {
+struct ReportFile {
     std::vector<ReportedField> fields;
     std::vector<ReportedEnd> ends; // of each scan that has come to one
-    bool torn = false;             // the last line is not whole: the program was ended while it wrote it
+    int tornLines = 0;             // begun, but not whole
 };
 
 /// Why a file is none of what it should be: a phrase, such as "line 3: no \"row\"".
@@ -49,8 +49,8 @@ struct ReadingError {
     std::string reason;
 };
 
-/// The lines that "tessaro --report" writes. A last line without its line feed that is no JSON object is left
-/// out, and told by `torn`.
-std::variant<ScanReport, ReadingError> ReadScanReport(std::string_view text);
+/// The lines that "tessaro --report" writes. A line that begins as those do and breaks off is left out and
+/// counted: the program was ended while it wrote it, or the disk was full.
+std::variant<ReportFile, ReadingError> ReadReportFile(std::string_view text);
 
 } // namespace tessaro

@@ -1,4 +1,4 @@
-#include "compare/scan_report.h"
+#include "compare/report_file.h"
 
 #include "json_members.h"
 
@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QString>
 
+#include <algorithm>
 #include <optional>
 
 namespace tessaro {
@@ -16,6 +17,12 @@ std::optional<QJsonObject> ObjectIn(std::string_view line) {
     const QJsonDocument document =
         QJsonDocument::fromJson(QByteArray(line.data(), static_cast<qsizetype>(line.size())));
     return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
+
+/// Whether the line could be one that breaks off.
+bool BeginsAsReported(std::string_view line) {
+    constexpr std::string_view beginning = R"({"scan":)";
+    return !line.empty() && beginning.starts_with(line.substr(0, beginning.size()));
 }
 
 /// A number that is not finite is null.
@@ -59,7 +66,7 @@ ReportedField FieldOf(const QJsonObject& object, int scan) {
     return field;
 }
 
-void AddLine(const QJsonObject& object, ScanReport& report) {
+void AddLine(const QJsonObject& object, ReportFile& report) {
     const int scan = object.contains(QLatin1String("scan")) ? IntegerMember(object, "scan") : 1;
     if (object.contains(QLatin1String("end")))
         report.ends.push_back({scan, object.value(QLatin1String("end")).toString().toStdString()});
@@ -69,22 +76,19 @@ void AddLine(const QJsonObject& object, ScanReport& report) {
 
 } // namespace
 
-std::variant<ScanReport, ReadingError> ReadScanReport(std::string_view text) {
-    ScanReport report;
+std::variant<ReportFile, ReadingError> ReadReportFile(std::string_view text) {
+    ReportFile report;
     for (int number = 1; !text.empty(); ++number) {
-        const std::size_t end = text.find('\n');
-        const std::string_view line = text.substr(0, end);
-        const bool isWhole = end != std::string_view::npos;
-        text.remove_prefix(isWhole ? end + 1 : text.size());
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
         const std::string place = "line " + std::to_string(number) + ": ";
         const std::optional<QJsonObject> object = ObjectIn(line);
-        report.torn = !object && !isWhole;
-        if (report.torn)
-            break;
-        if (!object)
-            return ReadingError{place + "no JSON object"};
+        if (!object && !BeginsAsReported(line))
+            return ReadingError{place + "no line of a report"};
         try {
-            AddLine(*object, report);
+            report.tornLines += object ? 0 : 1;
+            if (object)
+                AddLine(*object, report);
         } catch (const WrongMember& wrong) {
             return ReadingError{place + wrong.what()};
         }

@@ -13,7 +13,9 @@
 #include <cstddef>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <optional>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -54,10 +56,16 @@ ExitStatus CheckImages(const ReportFile& report) {
     QtPictureFiles pictures;
     const std::vector<std::string> faults = FindImageFaults(report.fields, pictures);
     std::size_t images = 0;
-    for (const ReportedField& field : report.fields)
+    std::set<std::string> folders;
+    for (const ReportedField& field : report.fields) {
         images += field.images.size();
-    if (faults.empty())
-        std::printf("%-46s %5zu, all there\n", "images", images);
+        for (const std::string& image : field.images)
+            folders.insert(std::filesystem::path(image).parent_path());
+    }
+    std::printf("%-46s %5zu%s\n", "images", images, faults.empty() ? ", all there and sound" : "");
+    for (const std::string& folder : folders)
+        std::printf("  in %s\n", folder.c_str());
+    std::fflush(stdout);
     for (const std::string& fault : faults)
         Complain(fault);
     return faults.empty() ? compared : imagesDiffer;

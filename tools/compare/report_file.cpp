@@ -46,7 +46,7 @@ ReportedGrain GrainOf(const QJsonObject& object) {
 
 std::vector<std::string> TextsOf(const QJsonArray& list) {
     std::vector<std::string> texts;
-    for (const QJsonValue& value : list)
+    for (const auto& value : list)
         texts.push_back(value.toString().toStdString());
     return texts;
 }
@@ -59,7 +59,7 @@ ReportedField FieldOf(const QJsonObject& object, int scan) {
     field.column = IntegerMember(object, "column");
     field.position = {NumberMember(object, "x"), NumberMember(object, "y")};
     field.found = IntegerMember(object, "found");
-    for (const QJsonValue& grain : ArrayMember(object, "grains"))
+    for (const auto& grain : ArrayMember(object, "grains"))
         field.grains.push_back(GrainOf(grain.toObject()));
     field.images = TextsOf(ArrayMember(object, "images"));
     field.problems = TextsOf(object.value(QLatin1String("problems")).toArray()); // need not be there

@@ -13,7 +13,7 @@ TrueFlake FlakeOf(const QJsonObject& object) {
     flake.layers = IntegerMember(object, "layers");
     flake.areaUm2 = NumberMember(object, "area");
     flake.centre = PointOf(object.value(QLatin1String("centre")), "centre");
-    for (const QJsonValue& corner : ArrayMember(object, "outline"))
+    for (const auto& corner : ArrayMember(object, "outline"))
         flake.outline.push_back(PointOf(corner, "outline"));
     return flake;
 }
@@ -30,7 +30,7 @@ std::variant<std::vector<TrueFlake>, ReadingError> ReadWaferTruth(std::string_vi
         return ReadingError{"\"flakes\" is no list"};
     std::vector<TrueFlake> flakes;
     try {
-        for (const QJsonValue& flake : list.toArray())
+        for (const auto& flake : list.toArray())
             flakes.push_back(FlakeOf(flake.toObject()));
     } catch (const WrongMember& wrong) {
         return ReadingError{"flake " + std::to_string(flakes.size() + 1) + ": " + wrong.what()};

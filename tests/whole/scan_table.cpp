@@ -261,7 +261,6 @@ void WriteRow(const std::string& name, const Score& score, const std::string& ti
                 score.fields, score.wanted, score.found, share(score.found, score.wanted), score.reported,
                 score.wrong, share(score.wrong, score.reported), score.again, score.imageFaults,
                 times.c_str());
-    std::fflush(stdout); // it takes its time until the next
 }
 
 /// False where the scan did not come to its end.
@@ -278,6 +277,7 @@ bool ScanWafer(const TableWishes& wishes, std::uint64_t seed, Score& all) {
              NumberText(times.allSeconds, 1) + " | " + NumberText(times.fieldSeconds, 1) + " | " +
                  NumberText(times.FieldsAMinute(), 1) + " | " + std::to_string(times.exitStatus));
     std::fputs(list.c_str(), stdout);
+    std::fflush(stdout);
     all.Add(score);
     return times.exitStatus == 0;
 }
@@ -287,6 +287,7 @@ int WriteTable(const TableWishes& wishes) {
     std::puts("| seed | fields | single layers | found | reported | anything else | again | image faults | s "
               "in all | "
               "s of fields | fields a minute | exit |\n|---|---|---|---|---|---|---|---|---|---|---|---|");
+    std::fflush(stdout); // or the programs that are started would write it as well
     Score all;
     bool good = true;
     for (const std::uint64_t seed : wishes.seeds)

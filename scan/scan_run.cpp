@@ -171,6 +171,8 @@ void Run::ShowPercentage() {
 }
 
 void Run::End() {
+    if (m_why == ScanEnd::Completed)
+        Stopped(); // on the last way back along X, where nothing asks
     m_reach.status.ShowInformation("Scanning has completed.");
     m_reach.status.ShowProgress("Done");
     m_reach.motion.MoveXY(m_reach.scan.originX, m_reach.scan.originY);

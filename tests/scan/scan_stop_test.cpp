@@ -156,11 +156,11 @@ TEST_F(StoppedScan, CanBeStartedAgain) {
     EXPECT_EQ(told.fields.size(), 5U);
 }
 
-TEST_F(StoppedScan, IsCompleteWhenItIsStoppedAfterItsLastField) {
+TEST_F(StoppedScan, IsStoppedAfterItsLastFieldToo) {
     StopAt("m0", 0, 3);
     scanRun.RunScan();
     EXPECT_EQ(told.fields.size(), 4U);
-    EXPECT_EQ(told.ends, std::vector{ScanEnd::Completed});
+    EXPECT_EQ(told.ends, std::vector{ScanEnd::Stopped});
 }
 
 TEST_F(StoppedScan, IsStoppedByTheMenuToo) {

@@ -2,6 +2,7 @@
 #include "platform/qt/qt_picture_files.h"
 #include "support/drawn_frames.h"
 #include "support/program.h"
+#include "support/sanitizer.h"
 #include "support/temporary_folder.h"
 #include "support/terminal.h"
 
@@ -159,11 +160,7 @@ TEST_F(AnalyzeProgram, RefusesAbsurdDimensionsWithoutTheMemoryForThem) {
     bmp[26] = 1;
     bmp[28] = 32;
     const std::string picture = folder.Write("absurd.bmp", bmp);
-#if defined(__SANITIZE_ADDRESS__)
-    const std::string limit; // a sanitizer needs address space of its own
-#else
-    const std::string limit = "ulimit -v 2000000; ";
-#endif
+    const std::string limit = addressSanitizer ? "" : "ulimit -v 2000000; ";
     const ProgramRun run = Run({picture}, limit);
     EXPECT_EQ(run.exitStatus, 1);
     EXPECT_NE(run.errors.find("absurd.bmp: "), std::string::npos);

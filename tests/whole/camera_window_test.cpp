@@ -1,5 +1,6 @@
 #include "app/settings.h"
 #include "support/running_twin.h"
+#include "support/sanitizer.h"
 #include "whole/window_driver.h"
 
 #include <QFile>
@@ -27,11 +28,7 @@ constexpr std::array<double, 3> singleLayerContrast = {-12.0, -8.0, -2.0}; // pe
 constexpr double frameMiddleX = 616.0;
 constexpr double frameMiddleY = 514.0;
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr int liveFramesASecond = 4;
-#else
-constexpr int liveFramesASecond = 8; // of ten, as often as the test can look
-#endif
+constexpr int liveFramesASecond = addressSanitizer ? 4 : 8; // of ten, as often as the test can look
 
 struct Place {
     double x = 0.0; // um

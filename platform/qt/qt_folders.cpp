@@ -88,8 +88,10 @@ std::optional<FolderError> QtFolders::Replace(const std::filesystem::path& path,
         return FolderError{"not a file"};
     QSaveFile file(ToQString(path));
     const auto size = static_cast<qint64>(content.size());
+    // The commit itself does not see that what it still had to write found no room.
     if (file.open(QIODevice::WriteOnly) &&
-        file.write(reinterpret_cast<const char*>(content.data()), size) == size && file.commit())
+        file.write(reinterpret_cast<const char*>(content.data()), size) == size && file.flush() &&
+        file.commit())
         return std::nullopt;
     return FolderError{file.errorString().toStdString()};
 }

@@ -148,10 +148,12 @@ TYPED_TEST_P(FoldersContract, WritesNoFileWhereAFolderIs) {
 TYPED_TEST_P(FoldersContract, LeavesWhatWasThereWhenTheDiskIsFull) {
     ASSERT_TRUE(this->Create(this->File(), this->Content(100)));
     this->m_machine.FillDisk();
-    EXPECT_FALSE(this->Replace(this->File(), this->Content(100'000, 9)));
-    EXPECT_EQ(this->Read(this->File()), this->Content(100));
-    EXPECT_FALSE(this->Create(this->File("new"), this->Content(100'000)));
-    EXPECT_FALSE(this->m_machine.folders.CanRead(this->File("new"))) << "no part of it may be left";
+    for (const std::size_t size : {100'000U, 100U}) {
+        EXPECT_FALSE(this->Replace(this->File(), this->Content(size, 9))) << size;
+        EXPECT_EQ(this->Read(this->File()), this->Content(100));
+        EXPECT_FALSE(this->Create(this->File("new"), this->Content(size))) << size;
+        EXPECT_FALSE(this->m_machine.folders.CanRead(this->File("new"))) << "no part of it may be left";
+    }
 }
 
 REGISTER_TYPED_TEST_SUITE_P(FoldersContract, ReadsWhatItWrote, ReadsAtMostAsManyBytesAsItIsTold,

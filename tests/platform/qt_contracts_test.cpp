@@ -25,10 +25,10 @@ public:
 
     std::filesystem::path Base() const { return m_folder.Path(); }
 
-    /// Files end after some blocks, as on a disk that fills up in the middle of one.
+    /// Files end after a few bytes, as on a disk that fills up in the middle of one, be it large or small.
     void FillDisk() {
         std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{20'000, m_before.rlim_max};
+        const rlimit limit{50, m_before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
     }
 

@@ -164,6 +164,13 @@ std::string ScanReport::EndLine(ScanEnd why) const {
     return json.Take();
 }
 
+/// Whether the last question to it had an answer: every move ends with one. A stage that is not asked,
+/// because it is simulated, answers.
+bool ScanReport::StageAnswers() const {
+    const StageLink& stage = m_state.stage;
+    return stage.offline != 0 || (stage.lastResult == 1 && stage.bytesTransferred > 0);
+}
+
 /// Told once when they go, and again when they go again.
 void ScanReport::NoteLosses() {
     const bool cameraIsThere = m_state.camera.patternStandsIn == 0;
@@ -172,6 +179,9 @@ void ScanReport::NoteLosses() {
         AddProblem("no image from the camera: a test pattern stands in");
     if (m_stageWasThere && !stageIsThere)
         AddProblem("the stage is offline: its moves are simulated");
+    if (m_stageAnswered && !StageAnswers())
+        AddProblem("the stage does not answer: it may stand elsewhere");
+    m_stageAnswered = StageAnswers();
     m_cameraWasThere = cameraIsThere;
     m_stageWasThere = stageIsThere;
 }

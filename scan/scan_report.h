@@ -62,6 +62,7 @@ private:
     std::string EndLine(ScanEnd why) const;
     std::vector<GrainReport> Grains() const;
     std::vector<std::string> Problems() const;
+    bool StageAnswers() const;
     void NoteLosses();
     void AddProblem(std::string text);
     void Write(const std::string& line, const std::string& what);
@@ -74,6 +75,7 @@ private:
     int m_problemsLeftOut = 0;
     bool m_cameraWasThere = true;
     bool m_stageWasThere = true;
+    bool m_stageAnswered = true;
     bool m_lineIsMissing = false;
 };
 

@@ -18,6 +18,7 @@ class ScanReportTest : public testing::Test {
 protected:
     ScanReportTest() {
         stage.offline = 0;
+        Answer(6);
         grains = std::make_unique<GrainTable>();
     }
 
@@ -34,6 +35,12 @@ protected:
     void Field(std::int32_t row = 0, std::int32_t column = 0) {
         report.FieldBegins();
         report.FieldFinished({row, column, {1000.0, 2000.0, -30.5}});
+    }
+
+    /// With so many bytes, to the last question where it is.
+    void Answer(std::uint32_t bytes) {
+        stage.lastResult = 1;
+        stage.bytesTransferred = bytes;
     }
 
     /// Ten pixels of which nine have x 862 and one has 861, seven have y 390 and three 391: the middle of
@@ -221,6 +228,32 @@ TEST_F(ScanReportTest, TellsAStageThatGoesOfflineAlsoOnTheWayBack) {
     Field();
     EXPECT_TRUE(Says(R"("camera":true,"stage":false,)"));
     EXPECT_TRUE(Says(R"("problems":[]})"));
+}
+
+TEST_F(ScanReportTest, TellsAStageThatDoesNotAnswerOnceEachTimeItFallsSilent) {
+    const std::string problem = R"("problems":["the stage does not answer: it may stand elsewhere"]})";
+    report.ScanBegins();
+    Field();
+    EXPECT_TRUE(Says(R"("problems":[]})")) << LastLine();
+    Answer(0);
+    Field();
+    EXPECT_TRUE(Says(problem)) << LastLine();
+    EXPECT_TRUE(Says(R"("stage":true)")) << "its line is there";
+    Field();
+    EXPECT_TRUE(Says(R"("problems":[]})")) << LastLine();
+    Answer(2);
+    Field();
+    stage.lastResult = 0; // the read failed
+    report.ScanEnds(ScanEnd::Completed);
+    EXPECT_TRUE(Says(problem)) << LastLine();
+}
+
+TEST_F(ScanReportTest, DoesNotExpectAnswersOfAStageThatIsOffline) {
+    Answer(0);
+    stage.offline = 1;
+    report.ScanBegins();
+    Field();
+    EXPECT_TRUE(Says(R"("problems":["the stage is offline: its moves are simulated"]})")) << LastLine();
 }
 
 TEST_F(ScanReportTest, LeavesOutProblemsBeyondAHundredAndSaysHowMany) {

@@ -96,6 +96,25 @@ TEST_F(ProgramReport, NamesTheImagesThatCouldNotBeSavedAndTheScanGoesOn) {
     EXPECT_TRUE(Has(all[4], R"("images":0,)")) << all[4];
 }
 
+TEST_F(ProgramReport, NamesTheOneImageThatCouldNotBeSavedAndKeepsTheOneBefore) {
+    int images = 0;
+    ui.folders.onCall = [&](const std::string& call) {
+        ui.folders.failWriting = call.starts_with("write ") && call.ends_with(".jpg") && ++images == 2;
+    };
+    testing::internal::CaptureStderr();
+    ChooseAt(started, command::startScan);
+    RunWithReportUntil(started + 3000);
+    testing::internal::GetCapturedStderr();
+    const Texts all = Lines();
+    ASSERT_EQ(all.size(), 5U);
+    ASSERT_EQ(Images().size(), 1U);
+    const std::string kept = (ui.folders.desktop / Images()[0]).string();
+    EXPECT_TRUE(Has(all[0], R"("images":[")" + kept + R"("],)")) << all[0];
+    EXPECT_TRUE(Has(all[0], R"(/(0,0)detail.jpg: cannot write",)")) << all[0];
+    EXPECT_FALSE(Has(all[0], R"(/(0,0).jpg: )")) << all[0];
+    EXPECT_TRUE(Has(all[4], R"("end":"completed","fields":4,"found":0,"images":1,)")) << all[4];
+}
+
 TEST_F(ProgramReport, HearsTheQuestionThatStopsAScan) {
     ui.boxes.answers = {true};
     ChooseAt(started, command::startScan);

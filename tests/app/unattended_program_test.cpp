@@ -415,6 +415,34 @@ TEST_F(UnattendedProgram, SaysThatTheStageWasLost) {
               "were meant to be\n");
 }
 
+/// Each wait gives up after 2 s, and a step goes from the place that was told last: the one along X out of
+/// the silence goes as far back as if the one into it had never been.
+TEST_F(UnattendedProgram, GoesOnFromWhatItKnowsWhenTheControllerIsSilentForFiveSeconds) {
+    std::vector<std::uint64_t> times;
+    heard.onField = [&] {
+        times.push_back(ui.clock.now);
+        if (heard.fields.size() > 1)
+            return;
+        stage.silent = true;
+        At(ui.clock.now + 5000, [this] { stage.silent = false; });
+    };
+    EXPECT_EQ(Run(), 0) << "it ran to its end";
+    ASSERT_EQ(heard.fields.size(), 4U);
+    using Place = std::array<double, 3>;
+    EXPECT_EQ(heard.fields[1].position, (Place{0.0, 0.0, 0.0})) << "truly at 400";
+    EXPECT_EQ(heard.fields[2].position, (Place{0.0, 0.0, 0.0})) << "truly at (400, 400)";
+    EXPECT_EQ(heard.fields[3].position, (Place{-400.0, 0.0, 0.0})) << "it is asked for X alone";
+    for (const std::size_t silent : {1U, 2U}) {
+        EXPECT_GE(times[silent] - times[silent - 1], 2200U) << "the wait and the pump";
+        EXPECT_LT(times[silent] - times[silent - 1], 2600U) << "and three reads, of 150 ms each";
+    }
+    const Texts moves = stage.Commands("mM");
+    EXPECT_EQ(Texts(moves.begin() + 2, moves.end() - 2),
+              (Texts{"m0", "M0", "m640", "M640", "m-640", "m0", "M640", "m0", "M0"}));
+    EXPECT_EQ(stage.Place(ui.clock.now), (std::array<double, 2>{0.0, 0.0}));
+    EXPECT_EQ(errors, "");
+}
+
 TEST_F(UnattendedProgram, SaysHowManyFieldsShowNoImage) {
     heard.onField = [this] { camera.gone = heard.fields.size() == 2; };
     EXPECT_EQ(Run(), 0) << "it ran to its end";

@@ -1,81 +1,14 @@
-#include "support/running_twin.h"
+#include "scan_program_fixture.h"
 #include "support/terminal.h"
-#include "support/twin_stage.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <system_error>
-#include <utility>
-#include <vector>
 
 namespace tessaro {
 namespace {
-
-using Options = std::vector<std::string>;
-
-/// The operator's program on its own, without a display, on the simulated microscope.
-class ScanProgram : public testing::Test {
-protected:
-    void StartTwin() {
-        Options options = stage.Options();
-        options.insert(options.end(),
-                       {"--wafer-mm", "2", "--at", "500,500,0", "--time-factor", "10", "--quiet"});
-        twin = std::make_unique<RunningTwin>(TESSARO_TWIN, options);
-        ASSERT_TRUE(twin->IsReady()) << twin->Errors();
-    }
-
-    void Start(Options arguments) { StartWithOutputTo(Path("output"), std::move(arguments)); }
-
-    void StartWithOutputTo(const std::string& output, Options arguments) {
-        arguments.insert(arguments.begin(),
-                         {"--scan", "--camera", "127.0.0.1", "--stage-port", stage.LinkPath()});
-        // An empty variable is as good as none.
-        program = std::make_unique<BackgroundProgram>(
-            TESSARO_PROGRAM, arguments,
-            std::vector<std::pair<std::string, std::string>>{{"HOME", home.Path().string()},
-                                                             {"XDG_CONFIG_HOME", ""},
-                                                             {"DISPLAY", ""},
-                                                             {"WAYLAND_DISPLAY", ""},
-                                                             {"QT_QPA_PLATFORM", ""},
-                                                             {"ASAN_OPTIONS", "detect_leaks=0"}},
-            Path("errors"), output);
-    }
-
-    /// -1 when it does not end.
-    int ExitStatus() {
-        Eventually([this] { return !program->IsRunning(); }, std::chrono::seconds(90));
-        return program->ExitStatus().value_or(-1);
-    }
-
-    std::string Output() const { return ReadText(Path("output")); }
-    std::string Errors() const { return ReadText(Path("errors")); }
-    bool Says(const std::string& text) const { return Output().find(text) != std::string::npos; }
-
-    std::size_t SavedImages() const {
-        std::size_t count = 0;
-        std::error_code error;
-        for (const auto& entry :
-             std::filesystem::recursive_directory_iterator(home.Path() / "Desktop", error))
-            count += entry.path().extension() == ".jpg" ? 1 : 0;
-        return count;
-    }
-    std::string Config() const { return ReadText(home.Path() / "Desktop" / "Image_Data" / "Config.txt"); }
-
-    std::string Path(const char* name) const { return (home.Path() / name).string(); }
-
-    TemporaryFolder home;
-    TwinStage stage{home.Path().string()};
-    std::unique_ptr<RunningTwin> twin;
-    std::unique_ptr<BackgroundProgram> program;
-};
-
-const Options smallArea = {"--x-range", "1", "--y-range", "1", "--origin", "400,600", "--no-tilt"};
 
 TEST_F(ScanProgram, ScansASmallAreaWithoutADisplay) {
     StartTwin();

@@ -36,9 +36,9 @@ constexpr const char* help = "Usage: tessaro-scan-soak [OPTION]...\n"
                              "  --time-factor F    the stage moves so many times as fast (20)\n"
                              "  --help             says this\n"
                              "\n"
-                             "Exit status: 0 the scan came to its end, and all three stayed as they were "
-                             "behind the first 50 fields; 1\n"
-                             "not so; 2 wrong usage.\n";
+                             "Exit status: 0 the scan came to its end, lost neither camera nor stage, and "
+                             "all three stayed as they\n"
+                             "were behind the first 50 fields; 1 not so; 2 wrong usage.\n";
 
 constexpr int usageError = 2;
 constexpr int failed = 1;
@@ -252,8 +252,9 @@ int Soak(const SoakWishes& wishes) {
     const bool constant = IsConstant(seen);
     std::printf("%d images saved, looked at %d times, exit status %d: %s\n", SavedImages(home.Path()),
                 static_cast<int>(seen.size()), exitStatus, constant ? "constant" : "NOT constant");
-    std::fputs(ReadText(home.Path() / "errors").c_str(), stdout);
-    return exitStatus == 0 && constant ? 0 : failed;
+    const std::string errors = ReadText(home.Path() / "errors"); // of a camera that was lost, for example
+    std::fputs(errors.c_str(), stdout);
+    return exitStatus == 0 && constant && errors.empty() ? 0 : failed;
 }
 
 } // namespace

@@ -259,7 +259,7 @@ void WriteTable(std::FILE* out, const Times& times, const TimedFields& fields) {
     row("of that encoding", mean("encoding"));
     row("of it the report's line", mean("report"));
     std::fprintf(
-        stderr, "%d images were encoded, in %.1f ms each; 400 um take %.0f ms at the stage's own speed\n",
+        out, "%d images were encoded, in %.1f ms each; 400 um take %.0f ms at the stage's own speed\n",
         times.Count("encoding"),
         times.Count("encoding") > 0 ? times.Total("encoding") / times.Count("encoding") : 0.0, travelMs);
 }

@@ -41,6 +41,7 @@ struct ScanReach {
 ///
 /// Rows are scanned in pairs, there and back. The second row of a pair is always scanned: an odd number of
 /// rows is one row more. The percentage counts the steps between fields, not the fields.
+/// A scan that was stopped, too, says that it has completed.
 class ScanRun {
 public:
     explicit ScanRun(const ScanReach& reach) : m_reach(reach) {}

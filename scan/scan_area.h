@@ -9,7 +9,7 @@
 
 namespace tessaro {
 
-/// A range of the settings in um. One that positions could not hold ends with them.
+/// A range of the settings in um. Clamped to what a position can hold.
 constexpr std::int32_t RangeUm(std::int32_t rangeMm) {
     constexpr std::int64_t umPerMm = 1000;
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(rangeMm * umPerMm,
@@ -17,7 +17,7 @@ constexpr std::int32_t RangeUm(std::int32_t rangeMm) {
                                                               std::numeric_limits<std::int32_t>::max()));
 }
 
-/// The X, or the Y, of the far ends of the scan area, um.
+/// The far ends of the scan area, um.
 constexpr std::int64_t FarX(const ScanState& scan, const Settings& settings) {
     return std::int64_t{scan.originX} + RangeUm(settings.xRange);
 }

@@ -26,9 +26,9 @@ public:
     virtual ~ScanListener() = default;
 
     virtual void ScanBegins() = 0;
-    virtual void FieldBegins() {} // its image is about to be taken; not everybody wants to know
+    virtual void FieldBegins() {} // before its image is taken
     virtual void FieldFinished(const ScannedField& field) = 0;
-    virtual void ScanEnds(ScanEnd why) = 0; // the stage is on its way back no more
+    virtual void ScanEnds(ScanEnd why) = 0; // after the stage's way back to the origin
 };
 
 } // namespace tessaro

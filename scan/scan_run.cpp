@@ -37,15 +37,13 @@ private:
     void ShowPercentage();
     void End();
 
-    /// Both remember why, for the first time that it is asked.
-    bool Stopped() { return m_reach.scan.stopRequested == 1 && Gives(ScanEnd::Stopped); }
-    bool Cleared() { return m_reach.scan.scanning == 0 && Gives(ScanEnd::Interrupted); }
-    bool Gives(ScanEnd why) {
+    bool StopIsRequested() const { return m_reach.scan.stopRequested == 1; }
+    bool PumpFor(std::uint32_t milliseconds) { return m_reach.pump.PumpMessages(milliseconds) != 0; }
+
+    /// Each part of a run says whether it goes on. A part that does not returns this.
+    bool EndsAs(ScanEnd why) {
         m_why = why;
-        return true;
-    }
-    bool StopsWithin(std::uint32_t milliseconds) {
-        return m_reach.pump.PumpMessages(milliseconds) == 0 && Gives(ScanEnd::Stopped);
+        return false;
     }
 
     ScanReach m_reach;
@@ -53,6 +51,7 @@ private:
     std::int32_t m_columnCount = 0;
     std::int32_t m_rowCount = 0;
     std::int32_t m_row = 0;
+    // 64 bits: the widest area that can be typed has more fields than 32 bits count.
     std::int64_t m_fieldTotal = 0;
     std::int64_t m_fieldsDone = 0; // steps between fields
     ScanEnd m_why = ScanEnd::Completed;
@@ -79,24 +78,30 @@ void Run::Begin() {
 bool Run::Prepare() {
     if (m_reach.focus.tiltCorrection != 1)
         return true;
-    if (m_reach.focus.tiltMeasured == 1) {
+    bool isKnown = true;
+    if (m_reach.focus.tiltMeasured == 1)
         m_reach.motion.MoveAxisBy(axisZ, m_reach.scan.zOrigin);
-        return !Stopped();
-    }
-    const bool measured = m_reach.tilt.MeasureTilt(m_reach.focus) == 1;
-    return !Stopped() && (measured || !Gives(ScanEnd::FocusFailed));
+    else
+        isKnown = m_reach.tilt.MeasureTilt(m_reach.focus) == 1;
+    if (StopIsRequested())
+        return EndsAs(ScanEnd::Stopped);
+    if (!isKnown)
+        return EndsAs(ScanEnd::FocusFailed);
+    return true;
 }
 
 bool Run::GoToOrigin() {
     m_reach.motion.MoveXY(m_reach.scan.originX, m_reach.scan.originY);
     m_reach.status.ShowStagePosition();
-    return !StopsWithin(originPumpMs) && !Stopped();
+    if (!PumpFor(originPumpMs) || StopIsRequested())
+        return EndsAs(ScanEnd::Stopped);
+    return true;
 }
 
 /// The way back along X is absolute: it cancels what the steps have drifted.
 void Run::ScanRows() {
     while (m_row < m_rowCount) {
-        if (!ScanForward() || !NextRow() || Stopped() || !ScanBackward())
+        if (!ScanForward() || !NextRow() || StopIsRequested() || !ScanBackward())
             return;
         m_reach.motion.MoveAxisTo(axisX, m_reach.scan.originX);
         if (!NextRow())
@@ -129,12 +134,14 @@ bool Run::ScanBackward() {
 
 bool Run::StepAlongRow(double um) {
     m_reach.motion.MoveAxisBy(axisX, um);
-    if (Stopped())
-        return false;
+    if (StopIsRequested())
+        return EndsAs(ScanEnd::Stopped);
     if (m_reach.focus.tiltCorrection == 1)
         m_reach.tilt.ApplyTiltZ(m_reach.focus, 1);
-    if (StopsWithin(stepPumpMs) || Stopped() || Cleared())
-        return false;
+    if (!PumpFor(stepPumpMs) || StopIsRequested())
+        return EndsAs(ScanEnd::Stopped);
+    if (m_reach.scan.scanning == 0)
+        return EndsAs(ScanEnd::Interrupted);
     ++m_fieldsDone;
     return true;
 }
@@ -143,7 +150,9 @@ bool Run::StepAlongRow(double um) {
 bool Run::NextRow() {
     m_reach.motion.MoveAxisBy(axisY, fieldStepUm);
     ++m_row;
-    return !StopsWithin(stepPumpMs);
+    if (!PumpFor(stepPumpMs))
+        return EndsAs(ScanEnd::Stopped);
+    return true;
 }
 
 void Run::ProcessField(std::int32_t column) {
@@ -160,7 +169,8 @@ void Run::ProcessField(std::int32_t column) {
         m_reach.listener->FieldFinished(field);
 }
 
-/// An area without a column has no fields that could be counted, and is scanned by its rows.
+/// The additional row of an odd number of rows counts its steps, too: above 100% and below no minutes is
+/// meant. An area without a column has no fields that could be counted, and is scanned by its rows.
 void Run::ShowPercentage() {
     const std::int64_t total = m_fieldTotal != 0 ? m_fieldTotal : m_rowCount;
     const std::int64_t done = m_fieldTotal != 0 ? m_fieldsDone : m_row;
@@ -171,8 +181,8 @@ void Run::ShowPercentage() {
 }
 
 void Run::End() {
-    if (m_why == ScanEnd::Completed)
-        Stopped(); // on the last way back along X, where nothing asks
+    if (m_why == ScanEnd::Completed && StopIsRequested())
+        m_why = ScanEnd::Stopped; // between two rows, or behind the last one: even if every field is done
     m_reach.status.ShowInformation("Scanning has completed.");
     m_reach.status.ShowProgress("Done");
     m_reach.motion.MoveXY(m_reach.scan.originX, m_reach.scan.originY);

@@ -69,10 +69,10 @@ void ControlPanel::Command(WindowHandle dialog, int controlId, [[maybe_unused]] 
         TestScore();
         break;
     case panel::coarse:
-        m_reach.autoFocus.CoarseFocus(m_reach.autoFocus.Hint(), coarseRangeUm, m_reach.focus.focusSpeed);
+        SweepCoarsely();
         break;
     case panel::fine:
-        m_reach.autoFocus.CoarseFocus(m_reach.autoFocus.Hint(), fineRangeUm, m_reach.focus.focusSpeed / 2);
+        SweepFinely();
         break;
     case panel::autoFocus:
         FocusHere(dialog);
@@ -149,9 +149,9 @@ void ControlPanel::TestScore() {
 void ControlPanel::MoveToTargets(WindowHandle dialog) {
     const auto& position = m_reach.stage.position;
     if (const auto x = Target(dialog, panel::targetX))
-        m_reach.motion.MoveXY(*x, position[1]);
+        m_reach.motion.MoveXY(*x, position[axisY]);
     if (const auto y = Target(dialog, panel::targetY))
-        m_reach.motion.MoveXY(position[0], *y);
+        m_reach.motion.MoveXY(position[axisX], *y);
     if (const auto z = Target(dialog, panel::targetZ))
         m_reach.motion.MoveAxisTo(axisZ, *z);
     m_reach.status.ShowStagePosition();
@@ -161,6 +161,15 @@ std::optional<std::int32_t> ControlPanel::Target(WindowHandle dialog, int contro
     return TypedInteger(m_reach.dialogs, dialog, controlId, longNumberBytes);
 }
 
+void ControlPanel::SweepCoarsely() {
+    m_reach.autoFocus.CoarseFocus(m_reach.autoFocus.Hint(), coarseRangeUm, m_reach.focus.focusSpeed);
+}
+
+void ControlPanel::SweepFinely() {
+    m_reach.autoFocus.CoarseFocus(m_reach.autoFocus.Hint(), fineRangeUm, m_reach.focus.focusSpeed / 2);
+}
+
+/// It does not make the panel busy: the buttons that move act within a search.
 void ControlPanel::FocusHere(WindowHandle dialog) {
     m_reach.autoFocus.FineFocus(m_reach.autoFocus.Hint(), 1);
     RecordDepth(dialog);

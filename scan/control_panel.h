@@ -65,6 +65,8 @@ private:
     void SetOriginHere();
     void MoveToTargets(WindowHandle dialog);
     std::optional<std::int32_t> Target(WindowHandle dialog, int controlId);
+    void SweepCoarsely();
+    void SweepFinely();
     void FocusHere(WindowHandle dialog);
     void MoveZBy(WindowHandle dialog, double um);
     void RecordDepth(WindowHandle dialog);

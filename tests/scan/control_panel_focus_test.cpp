@@ -118,7 +118,7 @@ TEST_F(DepthRecording, FollowsNegativeRangesAndOrigins) {
     EXPECT_EQ(Depths(), (Recorded{7777, 31, 7777}));
 }
 
-TEST_F(DepthRecording, HasNoFarEndBeyondWhatAPositionCanBe) {
+TEST_F(DepthRecording, RecordsNoFarEndBeyondWhatAPositionBoxCanShow) {
     constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
     scan.originX = most;
     scan.originY = most;
@@ -191,6 +191,22 @@ TEST_F(DepthRecording, ShowsNothingInAPanelThatWasOpenedMeanwhile) {
     FocusAt(1000.0, -500.0, 0.0);
     EXPECT_EQ(scan.zOrigin, -5);
     EXPECT_EQ(PanelText(1019), "");
+    EXPECT_EQ(Information().back(), "Focusing completed.");
+}
+
+TEST_F(ControlPanelTest, MovesZByItsButtonsInTheMiddleOfFocusing) {
+    view.sharpness = [] { return FocusFigures{0.0F, 0.0F, 1.0F, 2.0F}; };
+    Open();
+    Texts sent;
+    ui.messages.onDispatch = [&](const Message& message) {
+        if (message.kind != MessageKind::Other)
+            return;
+        Press(1042);
+        sent = arriving.Commands();
+    };
+    When("L-3", [this] { ui.messages.PostAt(ui.clock.now + 100, {windows.main, MessageKind::Other}); });
+    Press(1023);
+    EXPECT_EQ(sent, (Texts{"L-3", "L-1"})) << "from -1.875 um to -0.875 um, which are -1.4 steps";
     EXPECT_EQ(Information().back(), "Focusing completed.");
 }
 

@@ -21,6 +21,22 @@ TEST_F(ControlPanelTest, MovesToTheTypedTargetsOneAfterTheOther) {
     EXPECT_EQ(dialog.texts[1005], "30");
 }
 
+TEST_F(ControlPanelTest, ReadsEachTargetWhenTheStageHasArrivedAtTheOneBefore) {
+    FakeDialogs::Dialog& dialog = Open();
+    dialog.texts[1002] = "100";
+    dialog.texts[1021] = "-200";
+    ui.messages.onDispatch = [&](const Message& message) {
+        if (message.kind != MessageKind::Other)
+            return;
+        dialog.texts[1002] = "500";
+        dialog.texts[1021] = "300";
+        dialog.texts[1022] = "50";
+    };
+    When("m160", [this] { ui.messages.Post({windows.main, MessageKind::Other}); });
+    Press(1027);
+    EXPECT_EQ(arriving.Commands(), (Texts{"M0", "m160", "m160", "M480", "L80"}));
+}
+
 TEST_F(ControlPanelTest, MovesOnlyToTargetsThatAreNumbers) {
     stage.position = {10.0, 20.0, 30.0};
     arriving.steps = {16, 32, 48};
@@ -108,6 +124,15 @@ TEST_F(PanelButtons, ShowThePositionOfASimulatedStage) {
     Press(farX);
     EXPECT_EQ(PanelText(1000), "7000");
     EXPECT_EQ(PanelText(1003), "-500");
+    EXPECT_EQ(PanelText(1005), "0");
+}
+
+TEST_F(PanelButtons, ShowTheZOfASimulatedStage) {
+    stage.hComm = SerialHandle::Invalid;
+    stage.offline = 1;
+    Press(up);
+    EXPECT_EQ(PanelText(1005), "1");
+    Press(down);
     EXPECT_EQ(PanelText(1005), "0");
 }
 
@@ -233,7 +258,7 @@ TEST_F(PanelButtons, DoNothingThatIsNotOneOfThem) {
     for (const int other : {1, 1000, 1002, 1006, 1007, 1012, 1019, 1035, 1041, 32800, 0, -1})
         Press(other);
     EXPECT_TRUE(arriving.writes.empty());
-    EXPECT_TRUE(dialogs.textsSet.size() == 2) << "the ranges as it opened";
+    EXPECT_EQ(dialogs.textsSet.size(), 2U) << "the ranges as it opened";
     EXPECT_TRUE(field.calls.empty());
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <string>
 #include <utility>
@@ -27,6 +28,17 @@ protected:
                 action();
         };
     }
+
+    /// In the wait at the place behind so many fields.
+    void PressAfter(std::size_t fields, int button) {
+        ui.messages.onDispatch = [this, button](const Message& message) {
+            if (message.kind == MessageKind::Other)
+                Press(button);
+        };
+        During(fields, [this] {
+            ui.messages.PostAt(ui.clock.now + 100, {windows.main, MessageKind::Other}); // a move takes 20 ms
+        });
+    }
 };
 
 TEST_F(PanelScan, StartsWithNothingFoundAndReturnsWhenItHasEnded) {
@@ -46,11 +58,15 @@ TEST_F(PanelScan, ScansTheRangesThatAreTyped) {
     EXPECT_EQ(told.fields.size(), 10U) << "two rows of five";
 }
 
-TEST_F(PanelScan, KeepsItsColumnsWhenAnotherRangeIsTypedMeanwhile) {
-    During(1, [this] { Type(1012, "2"); });
+TEST_F(PanelScan, KeepsItsColumnsAndRowsWhenOtherRangesAreTypedMeanwhile) {
+    During(1, [this] {
+        Type(1012, "2");
+        Type(1015, "3");
+    });
     Press(1013);
     EXPECT_EQ(told.fields.size(), 4U);
     EXPECT_EQ(settings.xRange, 2);
+    EXPECT_EQ(settings.yRange, 3);
 }
 
 TEST_F(PanelScan, IsToldWhereItIsInAPanelThatWasOpenedMeanwhile) {
@@ -104,6 +120,61 @@ TEST_F(PanelScan, MovesTheStageByItsButtonsMeanwhile) {
     EXPECT_EQ(std::count(sent.begin(), sent.end(), "L8"), 1) << "from 4 um up to 5";
     EXPECT_EQ(told.fields.size(), 4U);
     EXPECT_EQ(told.fields.back().position[2], 5.0);
+}
+
+TEST_F(PanelScan, GoesOnWithoutTheLiveViewAfterTestScore) {
+    liveView.Switch(1);
+    PressAfter(1, 1014);
+    field.onCall = [this, press = field.onCall](const std::string& call) {
+        press(call);
+        EXPECT_EQ(liveTimer.on, 0) << call << " of call " << field.calls.size();
+    };
+    Press(1013);
+    EXPECT_EQ(std::count(field.calls.begin(), field.calls.end(), "find and paint"), 1);
+    EXPECT_EQ(told.fields.size(), 4U);
+    EXPECT_EQ(told.ends, std::vector{ScanEnd::Completed});
+    EXPECT_EQ(liveTimer.on, 1);
+}
+
+TEST_F(PanelScan, GoesBackToAnOriginThatIsSetMeanwhile) {
+    PressAfter(2, 1011); // at (400, 400)
+    Press(1013);
+    EXPECT_EQ(arriving.Commands(),
+              (Texts{"s3200", "S3200", "m0", "M0", "m640", "M640", "m0", "m640", "M1280", "m640", "M640"}));
+    EXPECT_EQ(told.fields.back().position, (std::array<double, 3>{0.0, 400.0, 0.0})) << "it steps on";
+}
+
+/// The wish to stop is not looked at on the way back along X, and the sweep forgets it.
+TEST_F(PanelScan, GoesOnWhenCoarseIsPressedBeforeAStopWasNoticed) {
+    Type(1015, "2"); // three pairs of rows
+    view.sharpness = [] { return FocusFigures{0.0F, 0.0F, 11.0F, 2.0F}; };
+    ui.messages.onDispatch = [this](const Message& message) {
+        if (message.kind != MessageKind::Other)
+            return;
+        EXPECT_EQ(scan.stopRequested, 1);
+        Press(1016);
+    };
+    When(
+        "m0",
+        [this] {
+            ClickIn(0, true);
+            ui.messages.PostAt(ui.clock.now + 100, {windows.main, MessageKind::Other});
+        },
+        3); // the origin, the step back, the way back
+    Press(1013);
+    EXPECT_EQ(ui.boxes.questions.size(), 1U);
+    EXPECT_EQ(told.fields.size(), 12U);
+    EXPECT_EQ(told.ends, std::vector{ScanEnd::Completed});
+}
+
+TEST_F(PanelScan, IsInterruptedByAFocusingThatFails) {
+    view.sharpness = [] { return FocusFigures{0.0F, 0.0F, 0.0F, 0.0005F}; };
+    PressAfter(1, 1023);
+    Press(1013);
+    EXPECT_EQ(ui.boxes.warnings.size(), 2U);
+    EXPECT_EQ(told.fields.size(), 1U);
+    EXPECT_EQ(told.ends, std::vector{ScanEnd::Interrupted});
+    EXPECT_EQ(Information().back(), "Scanning has completed.");
 }
 
 TEST_F(PanelScan, FollowsThePlaneOnceItsCorrectionIsSwitchedOn) {

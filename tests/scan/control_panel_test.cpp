@@ -49,7 +49,7 @@ TEST_F(ControlPanelTest, IsGoneWhenClosedAndCanBeOpenedAgain) {
     EXPECT_NE(windows.controlPanel, first);
 }
 
-TEST_F(ControlPanelTest, IsClosedByEscapeAndByItsCloseButton) {
+TEST_F(ControlPanelTest, IsClosedByItsCloseCommand) {
     Open();
     dialogs.Notify(windows.controlPanel, 2, Notification::Clicked);
     EXPECT_EQ(windows.controlPanel, WindowHandle::None);

@@ -1,5 +1,5 @@
 #include "scan/scan_run.h"
-#include "support/scan_fixture.h"
+#include "tests/scan/small_scan.h"
 
 #include <gtest/gtest.h>
 
@@ -10,17 +10,8 @@
 namespace tessaro {
 namespace {
 
-using Places = std::vector<std::pair<int, int>>;
-
-/// A scan of 1 mm by 1 mm from (0, 0), where the stage stands: two rows of two fields, without a tilt.
-class ScanRunTest : public ScanFixture {
+class ScanRunTest : public SmallScan {
 protected:
-    ScanRunTest() {
-        settings.xRange = 1;
-        settings.yRange = 1;
-        focus.tiltCorrection = 0;
-    }
-
     /// What is sent, made and done with the field, and what the panel shows in between, but for the motion's
     /// own texts.
     void KeepLog() {
@@ -73,6 +64,29 @@ TEST_F(ScanRunTest, DoesEverythingInItsOrder) {
     append(analysed("50% finished, 0.0 minute left"));
     append({"m0", "M1280", "1006: Scanning has completed.", "1007: Done", "m0", "M0"});
     EXPECT_EQ(TakeLog(), expected);
+}
+
+TEST_F(ScanRunTest, WaitsAtTheOriginAndBehindEachStep) {
+    const std::uint64_t start = ui.clock.now;
+    Texts times;
+    const auto note = [&](const std::string& what) {
+        if (what == "grab 4" || what[0] == 'm' || what[0] == 'M')
+            times.push_back(std::to_string(ui.clock.now - start) + " " + what);
+    };
+    arriving.onCommand = note;
+    field.onCall = [&](const std::string& call) {
+        if (call == "grab 4")
+            note(call);
+    };
+    scanRun.RunScan();
+    EXPECT_EQ(times, (Texts{"0 m0", "0 M0", "30 grab 4", // a move takes 20 ms here
+                            "30 m640", "250 grab 4",     //
+                            "250 M640", "470 grab 4",    //
+                            "470 m0", "690 grab 4",      //
+                            "690 m0",                    // nobody waits behind the way back along X
+                            "710 M1280",                 //
+                            "930 m0", "930 M0"}));
+    EXPECT_EQ(ui.clock.now - start, 950U);
 }
 
 TEST_F(ScanRunTest, ShowsThePositionAfterTheFrameAndBeforeThePercentage) {
@@ -169,6 +183,15 @@ TEST_F(ScanRunTest, ScansOneRowMoreWhereTheirNumberIsOdd) {
             {0, 0}, {0, 1}, {1, 1}, {1, 0}, {2, 0}, {2, 1}, {3, 1}, {3, 0}, {4, 0}, {4, 1}, {5, 1}, {5, 0}}));
     EXPECT_EQ(told.fields.back().position[1], 2000.0);
     EXPECT_EQ(*(Information().end() - 2), "60% finished, 0.1 minute left") << "6 of 10; 4 / 80";
+}
+
+/// 24 steps in each of six rows, of 25 times 5 fields.
+TEST_F(ScanRunTest, CountsTheAdditionalRowBeyondAHundredPerCent) {
+    settings.xRange = 10;
+    settings.yRange = 2;
+    scanRun.RunScan();
+    EXPECT_EQ(told.fields.size(), 150U);
+    EXPECT_EQ(*(Information().end() - 2), "115% finished, -0.2 minute left") << "144 of 125; -19 / 80";
 }
 
 TEST_F(ScanRunTest, ScansNothingWithoutARow) {

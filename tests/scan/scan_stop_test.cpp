@@ -156,11 +156,43 @@ TEST_F(StoppedScan, CanBeStartedAgain) {
     EXPECT_EQ(told.fields.size(), 5U);
 }
 
-TEST_F(StoppedScan, IsStoppedAfterItsLastFieldToo) {
+TEST_F(StoppedScan, IsStoppedOnTheWayBackBehindItsLastFieldToo) {
     StopAt("m0", 0, 3);
     scanRun.RunScan();
+    ExpectStopped();
     EXPECT_EQ(told.fields.size(), 4U);
-    EXPECT_EQ(told.ends, std::vector{ScanEnd::Stopped});
+}
+
+TEST_F(StoppedScan, IsStoppedInTheLastWaitToo) {
+    StopAt("M1280", inThePump);
+    scanRun.RunScan();
+    ExpectStopped();
+    EXPECT_EQ(told.fields.size(), 4U);
+}
+
+/// Until the stage has been sent home the scan runs: a click asks, and does not stop the stage.
+TEST_F(StoppedScan, RunsStillOnItsWayHome) {
+    for (const bool answer : {false, true}) {
+        told = {};
+        ui.boxes.questions.clear();
+        When(
+            "M0",
+            [&] {
+                EXPECT_EQ(scan.scanning, 1);
+                EXPECT_EQ(liveTimer.on, 0);
+                EXPECT_FALSE(LiveTimerRuns());
+                EXPECT_EQ(told.fields.size(), 4U);
+                ClickIn(0, answer);
+            },
+            2); // the first is to the origin
+        scanRun.RunScan();
+        EXPECT_EQ(ui.boxes.questions.size(), 1U);
+        EXPECT_EQ(told.ends, std::vector{ScanEnd::Completed}) << "which was said already";
+        EXPECT_EQ(scan.scanning, 0);
+        EXPECT_EQ(liveTimer.on, 1);
+    }
+    const Texts sent = arriving.Commands();
+    EXPECT_EQ(std::count(sent.begin(), sent.end(), "n"), 0);
 }
 
 TEST_F(StoppedScan, IsStoppedByTheMenuToo) {

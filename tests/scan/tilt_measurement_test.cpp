@@ -127,6 +127,17 @@ TEST_F(TiltMeasurement, LetsMessagesThroughAtTheOriginForATenthOfASecond) {
     EXPECT_TRUE(dispatched);
 }
 
+TEST_F(TiltMeasurement, WaitsATenthOfASecondAtTheOriginAndNowhereElse) {
+    stage.hComm = SerialHandle::Invalid; // simulated: its ways take no time, a search takes 10 ms
+    stage.offline = 1;
+    const std::uint64_t start = ui.clock.now;
+    std::vector<std::uint64_t> grabs;
+    view.onGrab = [&] { grabs.push_back(ui.clock.now - start); };
+    EXPECT_EQ(tilt.MeasureTilt(focus), 1);
+    EXPECT_EQ(grabs, (std::vector<std::uint64_t>{0, 0, 10, 10, 120}));
+    EXPECT_EQ(ui.clock.now - start, 130U);
+}
+
 TEST_F(TiltMeasurement, EndsWhereItIsStoppedOnItsWayToXmax) {
     StopAt("m11200");
     EXPECT_EQ(tilt.MeasureTilt(focus), 0);
@@ -238,7 +249,7 @@ TEST_F(TiltMeasurement, TakesTheRangeThatHoldsWhenTheSlopesAreWorkedOut) {
     EXPECT_EQ(focus.xTilt, 0.005F) << "15 / 3000";
 }
 
-TEST_F(TiltMeasurement, GoesAsFarAsAPositionCanBe) {
+TEST_F(TiltMeasurement, GoesBeyondWhatAPositionBoxCanShow) {
     stage.hComm = SerialHandle::Invalid;
     stage.offline = 1;
     settings.xRange = std::numeric_limits<std::int32_t>::max();

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace tessaro {
@@ -129,6 +130,15 @@ TEST_F(WholeScan, WorksTheMinutesOutInSinglePrecision) {
     scanRun.RunScan();
     // 613 steps are done at the 14th field of the 26th row. 12 / 80 is just below 0.15 in double precision.
     EXPECT_EQ(Information()[1 + 25 * 25 + 13], "98% finished, 0.2 minute left");
+}
+
+TEST_F(WholeScan, WaitsTenMillisecondsAndAFifthOfASecondBehindEachStep) {
+    stage.hComm = SerialHandle::Invalid; // simulated: its ways take no time
+    stage.offline = 1;
+    const std::uint64_t start = ui.clock.now;
+    scanRun.RunScan();
+    EXPECT_EQ(told.fields.size(), fields);
+    EXPECT_EQ(ui.clock.now - start, 130'010U) << "24 steps and one to the next row, 26 times";
 }
 
 TEST_F(WholeScan, DoesTheSameWithEachField) {

@@ -12,9 +12,15 @@ class CurrentField::OnWindow {
 public:
     explicit OnWindow(const Reach& reach)
         : m_drawing(reach.drawing), m_context(m_drawing.GetWindowContext(reach.globals.windows.main)),
-          m_field{reach.globals.settings, reach.globals.frame,          reach.globals.measured,
-                  reach.globals.analyzer, *reach.globals.grainTable,    reach.globals.findings,
-                  reach.globals.scratch,  m_drawing.Surface(m_context), &reach.status} {}
+          m_field{.settings = reach.globals.settings,
+                  .frame = reach.globals.frame,
+                  .measured = reach.globals.measured,
+                  .analyzer = reach.globals.analyzer,
+                  .grains = *reach.globals.grainTable,
+                  .findings = reach.globals.findings,
+                  .scratch = reach.globals.scratch,
+                  .surface = m_drawing.Surface(m_context),
+                  .status = &reach.status} {}
     ~OnWindow() { m_drawing.ReleaseContext(m_context); }
     OnWindow(const OnWindow&) = delete;
     OnWindow& operator=(const OnWindow&) = delete;

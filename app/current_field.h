@@ -28,7 +28,7 @@ public:
     void ComputeFrameStatistics() override;
     void ShowFrame() override;
 
-    // None of these where there was no memory for the grain table at start-up: nobody looks at that then.
+    // Where there was no memory for the grain table at start-up, all but RejectNoise do nothing.
     void FindCandidates(bool paint) override;
     void RejectNoise() override;
     void GroupGrains() override;

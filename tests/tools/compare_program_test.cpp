@@ -1,9 +1,14 @@
+#include "platform/picture.h"
+#include "platform/qt/qt_picture_files.h"
+#include "support/background_program.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace tessaro {
@@ -59,6 +64,48 @@ TEST_F(CompareProgram, RefusesFilesThatItCannotCompare) {
     EXPECT_EQ(Run({report, list}).exitStatus, 2);
     EXPECT_EQ(Run({folder.Path().string(), list}).exitStatus, 2);
     EXPECT_EQ(Run({report}).exitStatus, 2);
+}
+
+TEST_F(CompareProgram, HasNothingToSayOfAReportWithoutAField) {
+    const std::string truthFile = Write("truth.json", truth);
+    const std::string report = Write("report.jsonl", R"({"scan":1,"end":"not begun","fields":0})"
+                                                     "\n");
+    EXPECT_EQ(Run({report, truthFile}).errors,
+              "tessaro-compare: the report '" + report + "' has no field, the scan ended: not begun\n");
+    EXPECT_EQ(Run({report, truthFile}).exitStatus, 2);
+    Write("report.jsonl", "");
+    EXPECT_EQ(Run({report, truthFile}).errors, "tessaro-compare: the report '" + report + "' has no field\n");
+    EXPECT_EQ(Run({report, truthFile}).exitStatus, 2);
+}
+
+TEST_F(CompareProgram, IsContentWithTheImagesOfTheReportWhateverLiesBesideThem) {
+    QtPictureFiles pictures;
+    const auto jpeg = std::get<std::vector<std::uint8_t>>(pictures.Encode(Picture(8, 8), "image/jpeg"));
+    const TemporaryFolder images;
+    const std::string frame = images.Write("a.jpg", jpeg);
+    const std::string detail = images.Write("adetail.jpg", jpeg);
+    const std::string report = WriteReport("[\"" + frame + "\",\"" + detail + "\"]");
+    const std::string truthFile = Write("truth.json", truth);
+    const ProgramRun run = Run({"--images", report, truthFile});
+    EXPECT_EQ(run.exitStatus, 0);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_NE(run.output.find(" 2, all there and sound\n"), std::string::npos) << run.output;
+    EXPECT_EQ(run.output.find("not in the report"), std::string::npos) << run.output;
+
+    const std::string other = images.Write("by hand.jpg", jpeg);
+    const ProgramRun beside = Run({"--images", report, truthFile});
+    EXPECT_EQ(beside.exitStatus, 0);
+    EXPECT_EQ(beside.errors, "");
+    EXPECT_NE(beside.output.find("  not in the report: " + other + "\n"), std::string::npos) << beside.output;
+}
+
+TEST_F(CompareProgram, SaysThatItsFiguresCannotBeWritten) {
+    const std::string errors = folder.Path() / "errors";
+    BackgroundProgram program(TESSARO_COMPARE, {WriteReport("[]"), Write("truth.json", truth)}, {}, errors,
+                              "/dev/full");
+    ASSERT_TRUE(Eventually([&] { return !program.IsRunning(); }));
+    EXPECT_EQ(program.ExitStatus(), 1);
+    EXPECT_EQ(ReadText(errors), "tessaro-compare: standard output cannot be written\n");
 }
 
 TEST_F(CompareProgram, SaysWhenTheImagesAreNotThoseOfTheReport) {

@@ -242,7 +242,7 @@ Score Compare(const fs::path& desktop, std::string& list) {
     const ScanComparison comparison =
         CompareScan(report.fields, Checked(ReadWaferTruth(ReadText(desktop / "wafer.json"))));
     QtPictureFiles pictures;
-    const std::vector<std::string> faults = FindImageFaults(report.fields, pictures);
+    const std::vector<std::string> faults = CheckImages(report.fields, pictures).faults;
     list = ComparisonList(comparison);
     for (const std::string& fault : faults)
         list += fault + '\n';

@@ -28,11 +28,11 @@ std::string MissedLine(const WantedFlake& wanted) {
     std::string line = Formatted("  missed  %8.1f %8.1f  %6.0f um^2  in %d fields: ", wanted.flake.centre.x,
                                  wanted.flake.centre.y, wanted.flake.areaUm2, wanted.fields);
     return line +
-           (wanted.grains == 0 ? "no grain there\n" : Formatted("best score there %.1f\n", wanted.bestScore));
+           (wanted.grains == 0 ? "no grain there\n" : Formatted("best score there %.2f\n", wanted.bestScore));
 }
 
 std::string WrongLine(const ReportedFlake& flake) {
-    return Formatted("  wrong   %8.1f %8.1f  %6.0f um^2  score %.1f: ", flake.centre.x, flake.centre.y,
+    return Formatted("  wrong   %8.1f %8.1f  %6.0f um^2  score %.2f: ", flake.centre.x, flake.centre.y,
                      flake.areaUm2, flake.bestScore) +
            WhatLiesThere(flake) + " there\n";
 }
@@ -45,13 +45,17 @@ std::string ComparisonTable(const ReportFile& report, const ScanComparison& comp
     const std::size_t reported = comparison.reported.size();
     const int found = comparison.Found();
     const int wrong = comparison.Wrong();
+    const int right = static_cast<int>(reported) - wrong;
+    const int rightAndWanted = comparison.RightAndWanted();
     std::string table = Row("fields scanned", comparison.fields);
-    table += Row(Formatted("single layers of %g um^2 or more there", options.minimumAreaUm2),
+    table += Row(Formatted("single layers of %g um^2 or more in the area", options.minimumAreaUm2),
                  static_cast<int>(wanted));
     table += ShareRow("  found", found, wanted);
     table += ShareRow("  missed", static_cast<int>(wanted) - found, wanted);
-    table += Row("reported as single layers", static_cast<int>(reported));
-    table += ShareRow("  right", static_cast<int>(reported) - wrong, reported);
+    table += Row("reported as single layers, each counted once", static_cast<int>(reported));
+    table +=
+        ShareRow(Formatted("  right, of %g um^2 or more", options.minimumAreaUm2), rightAndWanted, reported);
+    table += ShareRow("  right, smaller or cut by the border", right - rightAndWanted, reported);
     table += ShareRow("  anything else", wrong, reported);
     table += Row("  one flake reported as several", comparison.Again());
     for (const ReportedEnd& end : report.ends)

@@ -48,20 +48,21 @@ void CheckNumber(const ReportedField& field, std::vector<std::string>& faults) {
                          std::to_string(field.found) + " found");
 }
 
-void CheckFolder(const fs::path& folder, const std::set<fs::path>& named, std::vector<std::string>& faults) {
+void LookBeside(const fs::path& folder, const std::set<fs::path>& named, std::vector<std::string>& others) {
     std::error_code error;
     std::set<fs::path> files;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
         files.insert(entry.path());
     for (const fs::path& file : files)
         if (!named.contains(file))
-            faults.push_back("'" + file.string() + "' is not in the report");
+            others.push_back(file.string());
 }
 
 } // namespace
 
-std::vector<std::string> FindImageFaults(const std::vector<ReportedField>& fields, PictureFiles& pictures) {
-    std::vector<std::string> faults;
+ImageFindings CheckImages(const std::vector<ReportedField>& fields, PictureFiles& pictures) {
+    ImageFindings findings;
+    std::vector<std::string>& faults = findings.faults;
     std::set<fs::path> named;
     std::set<fs::path> folders;
     for (const ReportedField& field : fields) {
@@ -75,8 +76,8 @@ std::vector<std::string> FindImageFaults(const std::vector<ReportedField>& field
         }
     }
     for (const fs::path& folder : folders)
-        CheckFolder(folder, named, faults);
-    return faults;
+        LookBeside(folder, named, findings.others);
+    return findings;
 }
 
 } // namespace tessaro

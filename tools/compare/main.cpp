@@ -27,7 +27,7 @@ namespace {
 
 using namespace tessaro;
 
-enum ExitStatus : int { compared = 0, imagesDiffer = 1, wrongUsage = 2 };
+enum ExitStatus : int { compared = 0, imagesDiffer = 1, notWritten = 1, wrongUsage = 2 };
 
 /// A file that cannot be compared.
 struct BadInput : std::runtime_error {
@@ -51,10 +51,10 @@ Content Checked(std::variant<Content, ReadingError> read, const std::string& fil
     return std::get<Content>(std::move(read));
 }
 
-ExitStatus CheckImages(const ReportFile& report) {
+ExitStatus ReportImages(const ReportFile& report) {
     const QtRuntime runtime;
     QtPictureFiles pictures;
-    const std::vector<std::string> faults = FindImageFaults(report.fields, pictures);
+    const auto [faults, others] = CheckImages(report.fields, pictures);
     std::size_t images = 0;
     std::set<std::string> folders;
     for (const ReportedField& field : report.fields) {
@@ -65,22 +65,33 @@ ExitStatus CheckImages(const ReportFile& report) {
     std::printf("%-46s %5zu%s\n", "images", images, faults.empty() ? ", all there and sound" : "");
     for (const std::string& folder : folders)
         std::printf("  in %s\n", folder.c_str());
+    for (const std::string& other : others)
+        std::printf("  not in the report: %s\n", other.c_str());
     std::fflush(stdout);
     for (const std::string& fault : faults)
         Complain(fault);
     return faults.empty() ? compared : imagesDiffer;
 }
 
+void CheckForFields(const ReportFile& report, const std::string& file) {
+    if (!report.fields.empty())
+        return;
+    const std::string why =
+        report.ends.empty() ? std::string() : ", the scan ended: " + report.ends.back().why;
+    throw BadInput("the report '" + file + "' has no field" + why);
+}
+
 ExitStatus Compare(const CompareOptions& options) {
     const ReportFile report =
         Checked(ReadReportFile(TextOf(options.reportFile)), options.reportFile, "report of a scan");
+    CheckForFields(report, options.reportFile);
     const std::vector<TrueFlake> flakes =
         Checked(ReadWaferTruth(TextOf(options.truthFile)), options.truthFile, "truth of a wafer");
     const ScanComparison comparison = CompareScan(report.fields, flakes, options.comparison);
     std::fputs(ComparisonTable(report, comparison, options.comparison).c_str(), stdout);
     if (options.list)
         std::fputs(ComparisonList(comparison).c_str(), stdout);
-    return options.images ? CheckImages(report) : compared;
+    return options.images ? ReportImages(report) : compared;
 }
 
 ExitStatus Start(std::span<const std::string_view> arguments) {
@@ -103,7 +114,11 @@ ExitStatus Start(std::span<const std::string_view> arguments) {
 int main(int argc, char** argv) {
     try {
         const std::vector<std::string_view> arguments(argv + 1, argv + argc);
-        return Start(arguments);
+        const ExitStatus status = Start(arguments);
+        if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+            return status;
+        Complain("standard output cannot be written");
+        return notWritten;
     } catch (const std::exception& error) {
         Complain(error.what());
         return wrongUsage;

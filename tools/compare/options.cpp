@@ -70,19 +70,21 @@ std::string_view CompareHelp() {
     return "Usage: tessaro-compare [OPTION]... REPORT TRUTH\n"
            "Holds the report of a scan (tessaro --report) against what truly is on the simulated wafer\n"
            "(tessaro-twin --truth): how many of its single layers were found, and how many of those\n"
-           "reported are anything else. A flake counts once, however many fields show it; one that no\n"
-           "field shows wholly, where the analysis looks for candidates, need not be found.\n"
+           "reported are anything else. A flake counts once, however many fields show it. In the area\n"
+           "lies what some field shows wholly, where the analysis looks for candidates; what the border\n"
+           "of every field cuts need not be found, and is right when it is reported.\n"
            "\n"
            "  --min-area A    the smallest flake that is to be found, um^2 (150); smaller ones that are\n"
            "                  reported are right as well\n"
            "  --tolerance T   how far a reported one may lie from its flake, um (3)\n"
            "  --list          tell where the missed and the wrong ones are\n"
-           "  --images        look whether the images on the disk are those of the report\n"
+           "  --images        look whether the images of the report are on the disk; others beside them\n"
+           "                  are named, which is no fault\n"
            "  --help          show this and exit\n"
            "  --version       show the version and exit\n"
            "\n"
-           "Exit status: 0 compared, 1 the images are not those of the report, 2 wrong usage, or a file\n"
-           "that is no report or no truth.\n";
+           "Exit status: 0 compared, 1 the images are not those of the report, or the figures could not\n"
+           "be written, 2 wrong usage, or a file that is no report, one without any field, or no truth.\n";
 }
 
 } // namespace tessaro

@@ -12,8 +12,8 @@ namespace tessaro {
 
 /// One grain of a field, as the report has it.
 struct ReportedGrain {
-    Vertex centre; // of its box, um of the stage
-    PixelBox box;  // frame pixels
+    Vertex centre; // the mean of its pixels, seldom the middle of the box; um of the stage
+    PixelBox box;  // frame pixels, the last column and row included
     int pixels = 0;
     double score = 0.0;
     bool single = false;

@@ -18,37 +18,29 @@ bool LiesAt(const ReportedGrain& grain, const TrueFlake& flake, double tolerance
     return SignedDistance(grain.centre, flake.outline) < toleranceUm;
 }
 
-/// Whether the place lies in the box of the grain, or nearer to it than the tolerance.
-bool IsInBox(const ReportedGrain& grain, Vertex place, double toleranceUm) {
-    const double halfWidth = (grain.box.right - grain.box.left) / framePixelsPerUm / 2.0;
-    const double halfHeight = (grain.box.maxRow - grain.box.minRow) / framePixelsPerUm / 2.0;
-    return std::abs(place.x - grain.centre.x) <= halfWidth + toleranceUm &&
-           std::abs(place.y - grain.centre.y) <= halfHeight + toleranceUm;
+/// A grain that is reported as a single layer, and where.
+struct SingleGrain {
+    const ReportedGrain* grain = nullptr;
+    const ReportedField* field = nullptr;
+    std::size_t truth = 0; // the flake that lies there; the number of all where none does
+};
+
+/// Whether the place lies in the box of the grain, or nearer to it than the tolerance. The middle of the
+/// frame is where the stage stood.
+bool IsInBox(const SingleGrain& single, Vertex place, double toleranceUm) {
+    const PixelBox& box = single.grain->box;
+    const double x = (place.x - single.field->position.x) * framePixelsPerUm + frameWidth / 2.0;
+    const double y = (place.y - single.field->position.y) * framePixelsPerUm + frameHeight / 2.0;
+    const double tolerance = toleranceUm * framePixelsPerUm;
+    return x >= box.left - tolerance && x <= box.right + 1 + tolerance && y >= box.minRow - tolerance &&
+           y <= box.maxRow + 1 + tolerance;
 }
 
-/// A field whose border cuts a flake shows a part of it, in the box of the whole.
-bool AreOneFlake(const ReportedGrain& a, const ReportedGrain& b, double toleranceUm) {
-    return IsInBox(a, b.centre, toleranceUm) || IsInBox(b, a.centre, toleranceUm);
-}
-
-std::vector<const ReportedGrain*> SingleGrains(const std::vector<ReportedField>& fields) {
-    std::vector<const ReportedGrain*> singles;
-    for (const ReportedField& field : fields)
-        for (const ReportedGrain& grain : field.grains)
-            if (grain.single)
-                singles.push_back(&grain);
-    return singles;
-}
-
-/// For each grain the number of its group; grains of one flake share it.
-std::vector<std::size_t> GroupByPlace(const std::vector<const ReportedGrain*>& grains, double toleranceUm) {
-    std::vector<std::size_t> group(grains.size());
-    std::iota(group.begin(), group.end(), std::size_t{0});
-    for (std::size_t b = 1; b < grains.size(); ++b)
-        for (std::size_t a = 0; a < b; ++a)
-            if (group[a] != group[b] && AreOneFlake(*grains[a], *grains[b], toleranceUm))
-                std::replace(group.begin(), group.end(), std::size_t{group[b]}, std::size_t{group[a]});
-    return group;
+/// A field whose border cuts a flake shows a part of it, in the box of the whole. What one field shows apart
+/// is apart, unless it is known to be one.
+bool AreOneFlake(const SingleGrain& a, const SingleGrain& b, std::size_t noFlake, double toleranceUm) {
+    const bool mayBe = a.field != b.field || (a.truth == b.truth && a.truth != noFlake);
+    return mayBe && (IsInBox(a, b.grain->centre, toleranceUm) || IsInBox(b, a.grain->centre, toleranceUm));
 }
 
 /// The one that lies there; the number of all where none does.
@@ -56,6 +48,28 @@ std::size_t FlakeAt(const ReportedGrain& grain, const std::vector<TrueFlake>& fl
     const auto at = std::ranges::find_if(
         flakes, [&](const TrueFlake& flake) { return LiesAt(grain, flake, toleranceUm); });
     return static_cast<std::size_t>(at - flakes.begin());
+}
+
+std::vector<SingleGrain> SingleGrains(const std::vector<ReportedField>& fields,
+                                      const std::vector<TrueFlake>& flakes, double toleranceUm) {
+    std::vector<SingleGrain> singles;
+    for (const ReportedField& field : fields)
+        for (const ReportedGrain& grain : field.grains)
+            if (grain.single)
+                singles.push_back({&grain, &field, FlakeAt(grain, flakes, toleranceUm)});
+    return singles;
+}
+
+/// For each grain the number of its group; grains of one flake share it.
+std::vector<std::size_t> GroupByPlace(const std::vector<SingleGrain>& grains, std::size_t noFlake,
+                                      double toleranceUm) {
+    std::vector<std::size_t> group(grains.size());
+    std::iota(group.begin(), group.end(), std::size_t{0});
+    for (std::size_t b = 1; b < grains.size(); ++b)
+        for (std::size_t a = 0; a < b; ++a)
+            if (group[a] != group[b] && AreOneFlake(grains[a], grains[b], noFlake, toleranceUm))
+                std::replace(group.begin(), group.end(), std::size_t{group[b]}, std::size_t{group[a]});
+    return group;
 }
 
 void AddGrain(const ReportedGrain& grain, ReportedFlake& flake) {
@@ -76,12 +90,12 @@ void Recognise(std::size_t there, const std::vector<TrueFlake>& flakes, Reported
 
 std::vector<ReportedFlake> ReportedFlakes(const std::vector<ReportedField>& fields,
                                           const std::vector<TrueFlake>& flakes, double toleranceUm) {
-    const std::vector<const ReportedGrain*> grains = SingleGrains(fields);
-    const std::vector<std::size_t> group = GroupByPlace(grains, toleranceUm);
+    const std::vector<SingleGrain> grains = SingleGrains(fields, flakes, toleranceUm);
+    const std::vector<std::size_t> group = GroupByPlace(grains, flakes.size(), toleranceUm);
     std::vector<ReportedFlake> reported(grains.size()); // by group; most have no grain
     for (std::size_t i = 0; i < grains.size(); ++i) {
-        AddGrain(*grains[i], reported[group[i]]);
-        Recognise(FlakeAt(*grains[i], flakes, toleranceUm), flakes, reported[group[i]]);
+        AddGrain(*grains[i].grain, reported[group[i]]);
+        Recognise(grains[i].truth, flakes, reported[group[i]]);
     }
     std::erase_if(reported, [](const ReportedFlake& flake) { return flake.grains == 0; });
     for (auto flake = reported.begin(); flake != reported.end(); ++flake)
@@ -109,6 +123,11 @@ int ScanComparison::Found() const {
     return static_cast<int>(std::ranges::count_if(wanted, &WantedFlake::found));
 }
 
+int ScanComparison::RightAndWanted() const {
+    return static_cast<int>(std::ranges::count_if(
+        reported, [](const ReportedFlake& flake) { return flake.IsRight() && flake.wanted; }));
+}
+
 int ScanComparison::Wrong() const {
     return static_cast<int>(
         std::ranges::count_if(reported, [](const ReportedFlake& flake) { return !flake.IsRight(); }));
@@ -130,13 +149,16 @@ ScanComparison CompareScan(const std::vector<ReportedField>& fields, const std::
     ScanComparison comparison;
     comparison.fields = static_cast<int>(fields.size());
     comparison.reported = ReportedFlakes(fields, flakes, options.toleranceUm);
-    for (const TrueFlake& flake : flakes) {
-        if (flake.layers != 1 || flake.areaUm2 < options.minimumAreaUm2)
+    for (std::size_t i = 0; i < flakes.size(); ++i) {
+        if (flakes[i].layers != 1 || flakes[i].areaUm2 < options.minimumAreaUm2)
             continue;
-        WantedFlake wanted = {.flake = flake};
+        WantedFlake wanted = {.flake = flakes[i]};
         LookFor(wanted, fields, options.toleranceUm);
-        if (wanted.fields > 0)
-            comparison.wanted.push_back(std::move(wanted));
+        if (wanted.fields == 0)
+            continue;
+        comparison.wanted.push_back(std::move(wanted));
+        for (ReportedFlake& flake : comparison.reported)
+            flake.wanted = flake.wanted || flake.truth == i;
     }
     return comparison;
 }

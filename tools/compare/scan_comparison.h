@@ -31,6 +31,7 @@ struct ReportedFlake {
     int grains = 0;
     std::optional<std::size_t> truth; // which of the true flakes lies there; nothing: none
     int layers = 0;                   // of it
+    bool wanted = false;              // it is one of those to be found
     bool again = false;               // an earlier one lies at the same flake
 
     bool IsRight() const { return layers == 1; }
@@ -42,6 +43,7 @@ struct ScanComparison {
     std::vector<ReportedFlake> reported;
 
     int Found() const;
+    int RightAndWanted() const;
     int Wrong() const;
     int Again() const;
 };

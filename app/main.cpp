@@ -12,14 +12,16 @@
 #include "scan/scan_report.h"
 
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <fstream>
-#include <iostream>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <span>
+#include <streambuf>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -31,11 +33,11 @@ constexpr int usageError = 2;
 
 constexpr int failed = 1;
 
-constexpr std::string_view standardOutput = "/dev/stdout";
-
 int Print(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    return std::fflush(stdout) == 0 ? 0 : failed;
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
+        return 0;
+    std::fprintf(stderr, "tessaro: standard output cannot be written\n");
+    return failed;
 }
 
 int Refuse(const tessaro::OptionError& error) {
@@ -53,26 +55,41 @@ bool OpenToAppend(const std::string& name, std::ofstream& file) {
     return true;
 }
 
-/// Null when it cannot be written. Nothing is held back in the program: a line goes out as one. The standard
-/// output is not opened a second time where other lines go there too.
-std::ostream* BeginReport(const tessaro::ProgramOptions& options, std::ofstream& file) {
-    const std::string& name = options.report;
-    if (name == standardOutput && !options.scan.has_value())
-        return &std::cout;
+/// False when it cannot be written. Nothing is held back in the program: a line goes out as one.
+bool OpenAnew(const std::string& name, std::ofstream& file) {
     file.rdbuf()->pubsetbuf(nullptr, 0);
     file.open(name, std::ios::binary);
-    return file.is_open() ? &file : nullptr;
+    return file.is_open();
 }
+
+bool IsReportToOutput(const tessaro::ProgramOptions& options) {
+    return options.report == "-" || (!options.report.empty() && tessaro::IsStandardOutput(options.report));
+}
+
+/// Standard output, wherever it was set aside to.
+class OutputBuffer : public std::streambuf {
+public:
+    std::FILE* file = stdout;
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize length) override {
+        return static_cast<std::streamsize>(std::fwrite(text, 1, static_cast<std::size_t>(length), file));
+    }
+    int sync() override { return std::fflush(file) == 0 ? 0 : -1; }
+};
 
 bool IsSet(const char* variable) {
     const char* value = std::getenv(variable);
     return value != nullptr && *value != '\0';
 }
 
-/// Qt would end the program where there is no display.
+/// Qt would end the program where there is no display, or none that answers: the first platform that works.
 void DoWithoutDisplay() {
-    if (!IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM"))
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    if (IsSet("QT_QPA_PLATFORM"))
+        return;
+    std::string platforms = IsSet("DISPLAY") ? "xcb;" : "";
+    platforms += IsSet("WAYLAND_DISPLAY") ? "wayland;" : "";
+    setenv("QT_QPA_PLATFORM", (platforms + "offscreen").c_str(), 1);
 }
 
 tessaro::WriteText WriterTo(std::FILE* file) {
@@ -84,13 +101,23 @@ tessaro::WriteText WriterTo(std::FILE* file) {
 
 /// What the program says of its devices is for who looks for a fault in them; here it would tear the status
 /// line apart. A report that goes to the standard output has it for itself.
-tessaro::UnattendedConsole MakeConsole(bool outputIsTaken) {
-    const auto columns = outputIsTaken ? std::nullopt : tessaro::TerminalColumns();
+tessaro::UnattendedConsole MakeConsole(OutputBuffer* report) {
+    const bool isTerminal = tessaro::OutputIsTerminal();
     std::FILE* output = tessaro::SetStandardOutputAside();
-    if (outputIsTaken)
-        output = stderr;
-    return {output == nullptr ? [](std::string_view) {} : WriterTo(output), columns, WriterTo(stderr),
+    if (report != nullptr) {
+        report->file = output != nullptr ? output : stdout;
+        return {WriterTo(stderr), {}, WriterTo(stderr), tessaro::Interrupted};
+    }
+    if (output == nullptr)
+        return {[](std::string_view) {}, {}, WriterTo(stderr), tessaro::Interrupted};
+    const auto width = [output] { return tessaro::TerminalColumns(output); };
+    return {WriterTo(output), isTerminal ? tessaro::TerminalWidth(width) : nullptr, WriterTo(stderr),
             tessaro::Interrupted};
+}
+
+void TellMissingLines(const tessaro::ReportLines& lines) {
+    if (lines.Missing() > 0)
+        std::fprintf(stderr, "tessaro: %d lines of the report could not be written\n", lines.Missing());
 }
 
 int Start(std::span<const std::string_view> arguments) {
@@ -111,14 +138,16 @@ int Start(std::span<const std::string_view> arguments) {
     if (!options.focusCurve.empty() && !OpenToAppend(options.focusCurve, curveFile))
         return Refuse({"--focus-curve: '" + options.focusCurve + "' cannot be written"});
     std::ofstream reportFile;
-    std::ostream* const reportStream = options.report.empty() ? nullptr : BeginReport(options, reportFile);
-    if (!options.report.empty() && reportStream == nullptr)
+    OutputBuffer outputBuffer;
+    std::ostream output(&outputBuffer);
+    const bool reportToOutput = IsReportToOutput(options);
+    if (!options.report.empty() && !reportToOutput && !OpenAnew(options.report, reportFile))
         return Refuse({"--report: '" + options.report + "' cannot be written"});
     std::optional<UnattendedConsole> console;
     if (options.scan.has_value()) {
         HearInterrupts();
         DoWithoutDisplay();
-        console = MakeConsole(options.report == standardOutput);
+        console = MakeConsole(reportToOutput ? &outputBuffer : nullptr);
     }
     QtUserInterface ui;
     std::optional<FocusCurve> curve;
@@ -128,15 +157,20 @@ int Start(std::span<const std::string_view> arguments) {
         ProgramGlobals().focusControl.focusSpeed = *options.focusSpeed;
     std::optional<ReportLines> reportLines;
     std::optional<ScanReport> report;
-    if (reportStream != nullptr)
-        report.emplace(StateToReport(ProgramGlobals()), reportLines.emplace(*reportStream));
+    if (!options.report.empty())
+        report.emplace(StateToReport(ProgramGlobals()),
+                       reportLines.emplace(reportToOutput ? output : reportFile));
     ScanReport* const listener = report.has_value() ? &*report : nullptr;
     const std::unique_ptr<SerialPorts> serial = ChooseSerialPorts(options);
     const Devices devices = {*std::get<std::unique_ptr<CameraRuntime>>(cameras), *serial};
     const Listeners listeners = {curve.has_value() ? &*curve : nullptr, listener, listener, listener};
-    if (console.has_value())
-        return RunUnattendedProgram(ProgramGlobals(), ui.Adapters(), devices, listeners, *options.scan,
-                                    *console);
+    if (console.has_value()) {
+        const int status = RunUnattendedProgram(ProgramGlobals(), ui.Adapters(), devices, listeners,
+                                                *options.scan, *console);
+        if (reportLines.has_value())
+            TellMissingLines(*reportLines);
+        return status;
+    }
     return RunProgram(ProgramGlobals(), ui.Adapters(), devices, listeners);
 }
 

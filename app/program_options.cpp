@@ -52,10 +52,16 @@ Taken TakeFocusCurve(std::string_view value, ProgramOptions& options) {
     return TakeText("--focus-curve", value, options.focusCurve);
 }
 
+/// Without the blanks that a number in a file or a dialog may have before it.
+bool TakeOptionNumber(std::string_view& text, std::int32_t& value) {
+    const bool beginsBlank = !text.empty() && (text[0] == ' ' || (text[0] >= '\t' && text[0] <= '\r'));
+    return !beginsBlank && TakeNumber(text, value);
+}
+
 Taken TakeFocusSpeed(std::string_view value, ProgramOptions& options) {
     std::int32_t speed = 0;
     std::string_view rest = value;
-    if (!TakeNumber(rest, speed) || !rest.empty() || speed < 1 || speed > fastestFocusSpeed)
+    if (!TakeOptionNumber(rest, speed) || !rest.empty() || speed < 1 || speed > fastestFocusSpeed)
         return OptionError{"--focus-speed: a whole number of um/s from 1 to " +
                            std::to_string(fastestFocusSpeed) + " is needed, not '" + std::string(value) +
                            "'"};
@@ -70,7 +76,7 @@ Taken TakeReport(std::string_view value, ProgramOptions& options) {
 Taken TakeRange(std::string_view option, std::string_view value, std::optional<std::int32_t>& range) {
     std::int32_t mm = 0;
     std::string_view rest = value;
-    if (!TakeNumber(rest, mm) || !rest.empty() || mm < 0 || mm > longestRange)
+    if (!TakeOptionNumber(rest, mm) || !rest.empty() || mm < 0 || mm > longestRange)
         return OptionError{std::string(option) + ": a whole number of mm from 0 to " +
                            std::to_string(longestRange) + " is needed, not '" + std::string(value) + "'"};
     range = mm;
@@ -88,9 +94,9 @@ Taken TakeYRange(std::string_view value, ProgramOptions& options) {
 Taken TakeOrigin(std::string_view value, ProgramOptions& options) {
     UnattendedScan& scan = ScanOf(options);
     std::string_view rest = value;
-    const bool hasX = TakeNumber(rest, scan.originX) && rest.starts_with(',');
+    const bool hasX = TakeOptionNumber(rest, scan.originX) && rest.starts_with(',');
     rest.remove_prefix(hasX ? 1 : 0);
-    if (!hasX || !TakeNumber(rest, scan.originY) || !rest.empty())
+    if (!hasX || !TakeOptionNumber(rest, scan.originY) || !rest.empty())
         return OptionError{"--origin: X,Y in whole um is needed, not '" + std::string(value) + "'"};
     return std::nullopt;
 }
@@ -169,7 +175,8 @@ std::string_view ProgramHelp() {
            "  --focus-speed UM_PER_S    the speed at which Z goes down in coarse focusing, 1 to 5000\n"
            "                            (450); a camera with fewer frames a second wants less\n"
            "  --report FILE             what scans find: a line of JSON for each field as it is finished,\n"
-           "                            and one at the end of each scan. The file is begun anew\n"
+           "                            and one at the end of each scan. The file is begun anew; '-' is the\n"
+           "                            standard output\n"
            "  --scan                    scan once without an operator and end; without a display too. The\n"
            "                            settings say what and where, as far as no option does. Ctrl-C ends\n"
            "                            the scan early, a second Ctrl-C the program at once. Exit status:\n"

@@ -30,7 +30,7 @@ void TerminalStatus::InformationShown(std::string_view text) {
     if (line == m_information)
         return;
     m_information = std::move(line);
-    if (m_columns.has_value())
+    if (m_width)
         Redraw();
     else
         m_write(m_information + "\n");
@@ -38,7 +38,7 @@ void TerminalStatus::InformationShown(std::string_view text) {
 
 void TerminalStatus::ProgressShown(std::string_view text) {
     m_progress = OnOneLine(text);
-    if (m_columns.has_value())
+    if (m_width)
         Redraw();
 }
 
@@ -58,7 +58,7 @@ void TerminalStatus::Redraw() {
     std::string line = m_information;
     if (!m_progress.empty())
         line += (line.empty() ? "" : "  |  ") + m_progress;
-    line = WholeCharacters(std::move(line), static_cast<std::size_t>(std::max(1, *m_columns - 1)));
+    line = WholeCharacters(std::move(line), static_cast<std::size_t>(std::max(1, m_width() - 1)));
     if (line == m_drawn)
         return;
     m_write(toLineStart + line + clearToLineEnd);

@@ -8,14 +8,13 @@
 #include "platform/user_interface.h"
 
 #include <functional>
-#include <optional>
 
 namespace tessaro {
 
 /// What a program without an operator has in place of one.
 struct UnattendedConsole {
     WriteText output;
-    std::optional<int> columns; // of the terminal that the output goes to; nothing: it goes to none
+    TerminalWidth width; // of the terminal that the output goes to
     WriteText errors;
     std::function<bool()> interrupted; // from outside: the scan is to end
 };

@@ -113,13 +113,31 @@ void UnattendedScanRun::FieldFinished([[maybe_unused]] const ScannedField& field
 void UnattendedScanRun::Tell(TerminalStatus& terminal, const WriteText& errors) const {
     terminal.EndLine();
     if (m_why.has_value())
-        terminal.Say(Formatted("%d fields scanned, %d single layers found.", m_fields, m_found));
+        terminal.Say(
+            Formatted("%d fields scanned, %d single layers marked; one that lies in two fields counts "
+                      "twice.",
+                      m_fields, m_found));
     TellWhatIsMissing(errors);
     TellWhatWasLost(errors);
     if (m_exitCode == unattended_exit::notStarted)
         errors("tessaro: there is no window to begin with\n");
     else if (m_exitCode == unattended_exit::stopped)
         errors(WhyItEnded(m_why.value_or(ScanEnd::Stopped)));
+}
+
+std::vector<std::string> UnattendedScanRun::WhyItDidNotBegin() const {
+    if (m_why.has_value())
+        return {};
+    if (m_exitCode == unattended_exit::notStarted)
+        return {"there is no window to begin with"};
+    std::vector<std::string> reasons;
+    if (m_cameraIsMissing)
+        reasons.emplace_back("no camera gives images");
+    if (m_stageIsMissing)
+        reasons.emplace_back("no stage answers");
+    if (reasons.empty())
+        reasons.emplace_back("it was stopped before");
+    return reasons;
 }
 
 void UnattendedScanRun::TellWhatIsMissing(const WriteText& errors) const {

@@ -9,7 +9,9 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace tessaro {
 
@@ -43,6 +45,9 @@ public:
 
     /// What there is to say in the end; what went wrong goes to `errors`.
     void Tell(TerminalStatus& terminal, const WriteText& errors) const;
+
+    /// Nothing where a scan was begun.
+    std::vector<std::string> WhyItDidNotBegin() const;
 
     void ScanBegins() override {}
     void FieldFinished(const ScannedField& field) override;

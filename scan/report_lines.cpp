@@ -13,9 +13,8 @@ bool ReportLines::Write(std::string_view line) {
     text += '\n';
     if (WriteAll(text))
         return true;
-    if (!m_told)
+    if (m_missing++ == 0)
         std::fprintf(stderr, "tessaro: a line of the report cannot be written\n");
-    m_told = true;
     return false;
 }
 

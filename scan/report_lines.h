@@ -16,12 +16,15 @@ public:
     /// Whether all of the line, which has no line feed, was written.
     bool Write(std::string_view line);
 
+    /// How many were not.
+    int Missing() const { return m_missing; }
+
 private:
     bool WriteAll(const std::string& text);
 
     std::ostream& m_out;
     bool m_torn = false; // the stream ends, or may end, in the middle of a line
-    bool m_told = false;
+    int m_missing = 0;
 };
 
 } // namespace tessaro

@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 namespace tessaro {
 
@@ -29,6 +31,9 @@ public:
     virtual void FieldBegins() {} // before its image is taken
     virtual void FieldFinished(const ScannedField& field) = 0;
     virtual void ScanEnds(ScanEnd why) = 0; // after the stage's way back to the origin
+
+    /// One that the program was to run by itself. Not everybody wants to know.
+    virtual void ScanNotBegun([[maybe_unused]] const std::vector<std::string>& reasons) {}
 };
 
 } // namespace tessaro

@@ -2,6 +2,7 @@
 
 #include "scan/scan_listener.h"
 
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -29,6 +30,10 @@ public:
     void ScanEnds(ScanEnd why) override {
         for (ScanListener* listener : m_listeners)
             listener->ScanEnds(why);
+    }
+    void ScanNotBegun(const std::vector<std::string>& reasons) override {
+        for (ScanListener* listener : m_listeners)
+            listener->ScanNotBegun(reasons);
     }
 
 private:

@@ -77,7 +77,15 @@ void ScanReport::FieldFinished(const ScannedField& field) {
 
 void ScanReport::ScanEnds(ScanEnd why) {
     NoteLosses();
-    Write(EndLine(why), "the end");
+    Write(EndLine(EndText(why)), "the end");
+    m_scans.pop_back();
+}
+
+void ScanReport::ScanNotBegun(const std::vector<std::string>& reasons) {
+    ScanBegins();
+    for (const std::string& reason : reasons)
+        AddProblem(reason);
+    Write(EndLine("not begun"), "the end");
     m_scans.pop_back();
 }
 
@@ -150,12 +158,12 @@ std::vector<std::string> ScanReport::Problems() const {
     return problems;
 }
 
-std::string ScanReport::EndLine(ScanEnd why) const {
+std::string ScanReport::EndLine(std::string_view end) const {
     const Scan& scan = m_scans.back();
     JsonWriter json(reportDecimals);
     json.Open('{');
     json.Member("scan", scan.number);
-    json.Member("end", std::string_view(EndText(why)));
+    json.Member("end", end);
     json.Member("fields", scan.fields);
     json.Member("found", scan.found);
     json.Member("images", scan.imageCount);

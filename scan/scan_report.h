@@ -42,6 +42,7 @@ public:
     void FieldBegins() override;
     void FieldFinished(const ScannedField& field) override;
     void ScanEnds(ScanEnd why) override;
+    void ScanNotBegun(const std::vector<std::string>& reasons) override;
 
     void ImageSaved(const std::filesystem::path& file) override;
     void ImageNotSaved(const std::filesystem::path& file, std::string_view reason) override;
@@ -59,7 +60,7 @@ private:
     };
 
     std::string FieldLine(const ScannedField& field);
-    std::string EndLine(ScanEnd why) const;
+    std::string EndLine(std::string_view end) const;
     std::vector<GrainReport> Grains() const;
     std::vector<std::string> Problems() const;
     bool StageAnswers() const;

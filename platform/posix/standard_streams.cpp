@@ -1,7 +1,10 @@
 #include "platform/posix/standard_streams.h"
 
+#include <cstdlib>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tessaro {
@@ -16,13 +19,26 @@ void OccupyClosedStreams() {
     }
 }
 
-std::optional<int> TerminalColumns() {
+bool OutputIsTerminal() {
+    const char* const kind = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) == 1 && (kind == nullptr || std::string_view(kind) != "dumb");
+}
+
+int TerminalColumns(std::FILE* file) {
     constexpr int usual = 80;
-    if (isatty(STDOUT_FILENO) != 1)
-        return std::nullopt;
     winsize size = {};
-    const bool told = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    const bool told = ioctl(fileno(file), TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     return told ? static_cast<int>(size.ws_col) : usual;
+}
+
+bool IsStandardOutput(const std::string& file) {
+    struct stat output = {};
+    struct stat other = {};
+    struct stat nowhere = {};
+    if (fstat(STDOUT_FILENO, &output) != 0 || stat(file.c_str(), &other) != 0 ||
+        output.st_dev != other.st_dev || output.st_ino != other.st_ino)
+        return false;
+    return stat("/dev/null", &nowhere) != 0 || output.st_rdev != nowhere.st_rdev || !S_ISCHR(output.st_mode);
 }
 
 std::FILE* SetStandardOutputAside() {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdio>
-#include <optional>
+#include <string>
 
 namespace tessaro {
 
@@ -10,8 +10,14 @@ namespace tessaro {
 /// and error messages would land in the results.
 void OccupyClosedStreams();
 
-/// The width of the terminal that standard output goes to; nothing where it goes to none.
-std::optional<int> TerminalColumns();
+/// Whether standard output goes to a terminal on which a line can be written over.
+bool OutputIsTerminal();
+
+/// The columns of the terminal that the file is, as many as are usual where it does not tell.
+int TerminalColumns(std::FILE* file);
+
+/// Whether what is written to this file comes out where standard output does, and comes out at all.
+bool IsStandardOutput(const std::string& file);
 
 /// Where standard output goes to from here on; what is written to standard output itself is lost. Null when
 /// the system does not let it: then nothing has changed.

@@ -89,7 +89,7 @@ TEST(ProgramOptions, TakeAFocusSpeedThatTheStageHas) {
 TEST(ProgramOptions, RefuseAFocusSpeedThatTheStageDoesNotHave) {
     EXPECT_EQ(Error({"--focus-speed"}), "--focus-speed needs a value");
     for (const std::string_view value :
-         {"0", "5001", "-100", "99999999999", "100.5", "100um", "fast", "", "1e3", " "})
+         {"0", "5001", "-100", "99999999999", "100.5", "100um", "fast", "", "1e3", " ", " 100"})
         EXPECT_EQ(Error({"--focus-speed", value}),
                   "--focus-speed: a whole number of um/s from 1 to 5000 is needed, not '" +
                       std::string(value) + "'");
@@ -132,7 +132,7 @@ TEST(ProgramOptions, RefuseWhatToScanWithoutAScan) {
 
 TEST(ProgramOptions, RefuseRangesThatNoWaferHas) {
     EXPECT_EQ(Options({"--scan", "--x-range", "1000"}).scan->xRange, 1000);
-    for (const std::string_view value : {"-1", "1001", "2.5", "2mm", "", "99999999999"}) {
+    for (const std::string_view value : {"-1", "1001", "2.5", "2mm", "", "99999999999", " 2"}) {
         const std::string needed =
             ": a whole number of mm from 0 to 1000 is needed, not '" + std::string(value) + "'";
         EXPECT_EQ(Error({"--scan", "--x-range", value}), "--x-range" + needed);
@@ -141,8 +141,8 @@ TEST(ProgramOptions, RefuseRangesThatNoWaferHas) {
 }
 
 TEST(ProgramOptions, RefuseOriginsThatAreNoPlace) {
-    for (const std::string_view value :
-         {"", "100", "100,", ",100", "1,2,3", "1.5,2", "1;2", "a,b", "1,2147483648", "1,2um"})
+    for (const std::string_view value : {"", "100", "100,", ",100", "1,2,3", "1.5,2", "1;2", "a,b",
+                                         "1,2147483648", "1,2um", "1, 2", " 1,2", "1 ,2", "1,2 ", "1,\t2"})
         EXPECT_EQ(Error({"--scan", "--origin", value}),
                   "--origin: X,Y in whole um is needed, not '" + std::string(value) + "'");
 }

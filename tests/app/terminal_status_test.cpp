@@ -2,22 +2,27 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace tessaro {
 namespace {
 
 class TerminalStatusTest : public testing::Test {
 protected:
-    TerminalStatus On(std::optional<int> columns) {
-        return {[this](std::string_view text) { written += text; }, columns};
+    TerminalStatus On(TerminalWidth width) {
+        return {[this](std::string_view text) { written += text; }, std::move(width)};
     }
+    TerminalStatus On(int columns) {
+        return On([columns] { return columns; });
+    }
+    TerminalStatus OnLog() { return On(TerminalWidth()); }
     std::string written;
 };
 
 TEST_F(TerminalStatusTest, WritesALogALineForEachInformationThatChanged) {
-    TerminalStatus log = On(std::nullopt);
+    TerminalStatus log = OnLog();
     log.InformationShown("scanning...");
     log.InformationShown("0% finished");
     log.InformationShown("0% finished");
@@ -57,6 +62,15 @@ TEST_F(TerminalStatusTest, StaysLeftOfTheLastColumn) {
     EXPECT_EQ(written, "\r1234\x1b[K") << "no half a character";
 }
 
+TEST_F(TerminalStatusTest, KeepsToTheWidthThatTheTerminalHasNow) {
+    int columns = 6;
+    TerminalStatus terminal = On([&columns] { return columns; });
+    terminal.InformationShown("123456789");
+    columns = 8;
+    terminal.InformationShown("abcdefghi");
+    EXPECT_EQ(written, "\r12345\x1b[K\rabcdefg\x1b[K");
+}
+
 TEST_F(TerminalStatusTest, KeepsLinesThatAreSaid) {
     TerminalStatus terminal = On(80);
     terminal.InformationShown("1%");
@@ -68,7 +82,7 @@ TEST_F(TerminalStatusTest, KeepsLinesThatAreSaid) {
 }
 
 TEST_F(TerminalStatusTest, SaysLinesInALogAsTheyAre) {
-    TerminalStatus log = On(std::nullopt);
+    TerminalStatus log = OnLog();
     log.InformationShown("1%");
     log.Say("Warning: smoke [OK]");
     log.EndLine();
@@ -76,7 +90,7 @@ TEST_F(TerminalStatusTest, SaysLinesInALogAsTheyAre) {
 }
 
 TEST_F(TerminalStatusTest, LetsNoTextLeaveItsLine) {
-    TerminalStatus log = On(std::nullopt);
+    TerminalStatus log = OnLog();
     log.InformationShown("File:a\nb\x1b[2Jc");
     log.Say("one\ttwo\r\nthree");
     EXPECT_EQ(written, "File:a b [2Jc\none two  three\n");

@@ -32,10 +32,12 @@ public:
             onField();
     }
     void ScanEnds(ScanEnd why) override { ends.push_back(why); }
+    void ScanNotBegun(const std::vector<std::string>& reasons) override { notBegun = reasons; }
 
     int begun = 0;
     std::vector<ScannedField> fields;
     std::vector<ScanEnd> ends;
+    std::vector<std::string> notBegun; // why
     std::function<void()> onBegin;
     std::function<void()> onField;
 };
@@ -195,9 +197,11 @@ TEST_F(UnattendedProgram, ScansOnceGoesToTheOriginAndEndsWithZero) {
 
 TEST_F(UnattendedProgram, SaysHowFarItIs) {
     Run();
-    for (const char* line : {"Camera Opening", "scanning...", "0% finished, 0.1 minute left",
-                             "25% finished, 0.0 minute left", "50% finished, 0.0 minute left",
-                             "Scanning has completed.", "4 fields scanned, 0 single layers found."})
+    for (const char* line :
+         {"Camera Opening", "scanning...", "0% finished, 0.1 minute left", "25% finished, 0.0 minute left",
+          "50% finished, 0.0 minute left", "Scanning has completed.",
+          "4 fields scanned, 0 single layers marked; one that lies in two fields "
+          "counts twice."})
         EXPECT_TRUE(Said(line)) << line << " in:\n" << output;
     EXPECT_FALSE(Said("Done")) << "progress is for terminals";
 }
@@ -305,6 +309,7 @@ TEST_F(UnattendedProgram, NamesAllThatIsMissing) {
     EXPECT_EQ(Run(), 4);
     EXPECT_EQ(errors, "tessaro: no camera gives images, nothing was scanned\n"
                       "tessaro: no stage answers, nothing was scanned\n");
+    EXPECT_EQ(heard.notBegun, (Texts{"no camera gives images", "no stage answers"}));
 }
 
 TEST_F(UnattendedProgram, EndsWithThreeWhenItCannotFocusAndSaysSo) {
@@ -312,7 +317,9 @@ TEST_F(UnattendedProgram, EndsWithThreeWhenItCannotFocusAndSaysSo) {
     EXPECT_EQ(Run(), 3);
     EXPECT_EQ(heard.ends, std::vector<ScanEnd>{ScanEnd::FocusFailed});
     EXPECT_TRUE(Said("Error in focusing: Please, adjust the sample position [OK]")) << output;
-    EXPECT_TRUE(Said("0 fields scanned, 0 single layers found.")) << output;
+    EXPECT_EQ(heard.notBegun, Texts()) << "it was begun";
+    EXPECT_TRUE(Said("0 fields scanned, 0 single layers marked; one that lies in two fields counts twice."))
+        << output;
     EXPECT_EQ(errors, "tessaro: focusing failed, no field was scanned\n");
     EXPECT_FALSE(stage.MovesAt(ui.clock.now));
     EXPECT_EQ(Config(), defaultLine);
@@ -349,6 +356,7 @@ TEST_F(UnattendedProgram, InterruptedBeforeTheScanDoesNotBeginIt) {
     EXPECT_EQ(Run(), 3);
     EXPECT_FALSE(WasScanned());
     EXPECT_EQ(heard.begun, 0);
+    EXPECT_EQ(heard.notBegun, Texts{"it was stopped before"});
     EXPECT_EQ(errors, "tessaro: the scan was stopped\n");
 }
 
@@ -449,9 +457,18 @@ TEST_F(UnattendedProgram, SaysHowManyFieldsShowNoImage) {
     EXPECT_EQ(errors, "tessaro: the camera was lost during the scan: 1 of 4 fields show a test pattern\n");
 }
 
+TEST_F(UnattendedProgram, SaysHowManyImagesCouldNotBeSaved) {
+    ui.folders.failWriting = true;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(Run(), 0);
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(errors, "tessaro: 2 images could not be saved\n") << "those of the field at the origin";
+}
+
 TEST_F(UnattendedProgram, WithoutAWindowDoesNotClaimToHaveScanned) {
     ui.windows.failMaking = {"Tessaro"};
     EXPECT_EQ(Run(), unattended_exit::notStarted);
+    EXPECT_EQ(heard.notBegun, Texts{"there is no window to begin with"});
     EXPECT_EQ(errors, "tessaro: there is no window to begin with\n");
 }
 

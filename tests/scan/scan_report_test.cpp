@@ -143,6 +143,15 @@ INSTANTIATE_TEST_SUITE_P(Each, EndOfAScan,
                                          EndCase{ScanEnd::FocusFailed, "focusing failed"},
                                          EndCase{ScanEnd::Interrupted, "interrupted"}));
 
+TEST_F(ScanReportTest, TellsAScanThatDidNotBeginAndWhy) {
+    report.WarningComes("Error in  opening serial port");
+    report.ScanNotBegun({"no camera gives images", "no stage answers"});
+    EXPECT_EQ(out.str(), R"({"scan":1,"end":"not begun","fields":0,"found":0,"images":0,)"
+                         R"("problems":["Error in  opening serial port","no camera gives images",)"
+                         R"("no stage answers"]})"
+                         "\n");
+}
+
 TEST_F(ScanReportTest, CountsScansAndBeginsEachWithFieldOne) {
     report.ScanBegins();
     Field();
@@ -287,6 +296,7 @@ TEST_F(ScanReportTest, TellsTheProblemsOfALineThatWasLostInTheNextThatIsNot) {
     report.ScanEnds(ScanEnd::Completed);
     EXPECT_TRUE(Says(R"("fields":3,)"));
     EXPECT_TRUE(Says(R"("problems":[]})"));
+    EXPECT_EQ(lines.Missing(), 2);
 }
 
 TEST_F(ScanReportTest, GivesAFieldThatCouldNotBeAnalysedNoGrains) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/program.h"
 #include "support/running_twin.h"
 #include "support/twin_stage.h"
 
@@ -7,6 +8,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -20,10 +22,11 @@ using Options = std::vector<std::string>;
 /// The operator's program on its own, without a display, on the simulated microscope.
 class ScanProgram : public testing::Test {
 protected:
-    void StartTwin() {
+    void StartTwin(const Options& more = {}) {
         Options options = stage.Options();
         options.insert(options.end(),
                        {"--wafer-mm", "2", "--at", "500,500,0", "--time-factor", "10", "--quiet"});
+        options.insert(options.end(), more.begin(), more.end());
         twin = std::make_unique<RunningTwin>(TESSARO_TWIN, options);
         ASSERT_TRUE(twin->IsReady()) << twin->Errors();
     }
@@ -38,9 +41,10 @@ protected:
             TESSARO_PROGRAM, arguments,
             std::vector<std::pair<std::string, std::string>>{{"HOME", home.Path().string()},
                                                              {"XDG_CONFIG_HOME", ""},
-                                                             {"DISPLAY", ""},
-                                                             {"WAYLAND_DISPLAY", ""},
+                                                             {"DISPLAY", display},
+                                                             {"WAYLAND_DISPLAY", waylandDisplay},
                                                              {"QT_QPA_PLATFORM", ""},
+                                                             {"TERM", terminalKind},
                                                              {"ASAN_OPTIONS", "detect_leaks=0"}},
             Path("errors"), output);
     }
@@ -69,6 +73,19 @@ protected:
 
     std::string Path(const char* name) const { return (home.Path() / name).string(); }
 
+    /// Scores of flakes reach 30 to 50.
+    void LowerTheThreshold() const {
+        std::filesystem::create_directories(ConfigFile().parent_path());
+        std::ofstream(ConfigFile()) << "3,-12.000000,-8.000000,-2.000000,6.000000,10,10,100,4,35.000000\n";
+    }
+
+    ProgramRun Compare() const {
+        return RunProgram(TESSARO_COMPARE, {"--images", "--list", Path("report.jsonl"), Path("wafer.json")});
+    }
+
+    std::string display;
+    std::string waylandDisplay;
+    std::string terminalKind = "xterm";
     TemporaryFolder home;
     TwinStage stage{home.Path().string()};
     std::unique_ptr<RunningTwin> twin;

@@ -19,6 +19,9 @@ public:
     void ScanEnds(ScanEnd why) override {
         m_heard.push_back(m_name + (why == ScanEnd::FocusFailed ? " out of focus" : " ends"));
     }
+    void ScanNotBegun(const std::vector<std::string>& reasons) override {
+        m_heard.push_back(m_name + " not begun: " + reasons.at(0));
+    }
 
 private:
     std::string m_name;
@@ -37,6 +40,9 @@ TEST(ScanListeners, AllHearInTheirOrder) {
     EXPECT_EQ(heard, (std::vector<std::string>{"first begins", "second begins", "first field", "second field",
                                                "first column 3", "second column 3", "first out of focus",
                                                "second out of focus"}));
+    heard.clear();
+    both.ScanNotBegun({"no stage"});
+    EXPECT_EQ(heard, (std::vector<std::string>{"first not begun: no stage", "second not begun: no stage"}));
 }
 
 TEST(ScanListeners, MayBeNobody) {

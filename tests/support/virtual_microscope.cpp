@@ -121,7 +121,8 @@ void VirtualCamera::TakeImage() {
 VirtualMicroscope::VirtualMicroscope(const Wafer& wafer, const MicroscopeSetUp& setUp)
     : stage(setUp.start, setUp.limits, setUp.progress), ports(ui.clock, stage),
       camera(ui.clock, stage, wafer), globals(std::make_unique<Globals>(ui.folders)),
-      curve(curveText, ui.clock, true), services(*globals, ui.Adapters(), {camera, ports}, {&curve, setUp.scanListener}) {
+      curve(curveText, ui.clock, true),
+      services(*globals, ui.Adapters(), {camera, ports}, {&curve, setUp.scanListener}) {
     ui.windows.RegisterWindowClass({"main", &m_window});
     globals->windows.main = ui.windows.MakeWindow({"main", "Main"});
     globals->windows.controlPanel =

@@ -105,8 +105,9 @@ protected:
         ASSERT_EQ(report.ends.size(), 1U);
         EXPECT_EQ(report.ends[0].why, "completed");
         QtPictureFiles pictures;
-        const std::vector<std::string> faults = FindImageFaults(report.fields, pictures);
-        EXPECT_TRUE(faults.empty()) << faults.front();
+        const ImageFindings images = CheckImages(report.fields, pictures);
+        EXPECT_TRUE(images.faults.empty()) << images.faults.front();
+        EXPECT_TRUE(images.others.empty()) << images.others.front();
     }
 
     /// From the first line with it on, all fields have this member, and only that first one tells the

@@ -19,6 +19,11 @@ inline std::optional<std::int32_t> TypedInteger(Dialogs& dialogs, WindowHandle d
     return ParsedInteger(dialogs.ItemText(dialog, controlId, bytes));
 }
 
+/// As "%f".
+inline std::optional<float> TypedFloat(Dialogs& dialogs, WindowHandle dialog, int controlId) {
+    return ParsedFloat(dialogs.ItemText(dialog, controlId, numberBytes));
+}
+
 inline void ShowInteger(Dialogs& dialogs, WindowHandle dialog, int controlId, std::int32_t value) {
     dialogs.SetItemText(dialog, controlId, Formatted("%d", value));
 }

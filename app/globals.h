@@ -14,6 +14,7 @@
 #include "imaging/image_folders.h"
 #include "imaging/screen_view.h"
 #include "platform/folders.h"
+#include "scan/contrast_choices.h"
 #include "scan/focus_control.h"
 #include "scan/scan_state.h"
 #include "stage/stage_link.h"
@@ -37,6 +38,7 @@ struct Globals {
     FlakeAnalyzer analyzer;
 
     Settings settings;
+    ContrastChoices contrastChoices;
     LiveTimer liveTimer;
     ProgramWindows windows;
     MainWindowState mainWindow;

@@ -51,6 +51,12 @@ inline std::optional<std::int32_t> ParsedInteger(std::string_view text) {
     return TakeNumber(text, value) ? std::optional(value) : std::nullopt;
 }
 
+/// A typed "%f".
+inline std::optional<float> ParsedFloat(std::string_view text) {
+    float value = 0.0F;
+    return TakeNumber(text, value) ? std::optional(value) : std::nullopt;
+}
+
 /// Toward zero; what does not fit becomes the nearest number that does, and what is no number becomes 0.
 inline std::int32_t TruncatedToInt32(double value) {
     if (std::isnan(value))

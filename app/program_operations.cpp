@@ -126,7 +126,9 @@ void ProgramOperations::CloseDialogs() {
     m_services.portDialog.Close();
 }
 
-void ProgramOperations::ConfigureContrast() {}
+void ProgramOperations::ConfigureContrast() {
+    m_services.contrastDialog.Show(m_globals.windows.main);
+}
 
 void ProgramOperations::ConfigureStage() {
     m_services.stageDialog.Show(m_globals.windows.main);

@@ -5,7 +5,7 @@
 
 namespace tessaro {
 
-/// The operations of the main window, done. That of the contrast dialog does nothing until it is there.
+/// The operations of the main window, done.
 class ProgramOperations : public Operations {
 public:
     explicit ProgramOperations(Services& services) : m_services(services), m_globals(services.globals) {}

@@ -37,6 +37,8 @@ Services::Services(Globals& g, UserInterface adapters, Devices devices, const Li
                g.liveTimer, status, g.scan, g.settings, g.findings.totalFound, listeners.scan}),
       controlPanel({ui.dialogs, ui.windows, g.windows, g.settings, g.focusControl, g.scan, g.stage,
                     stageMotion, autoFocus, tiltPlane, currentField, scanRun, liveView, g.liveTimer, status}),
+      contrastDialog(
+          {ui.dialogs, g.settings, g.contrastChoices, g.frame, g.measured, g.focusValue, currentField}),
       aboutBox(ui.dialogs), motorController(ui.windows, ui.drawing, g.windows, liveView, g.liveTimer,
                                             stageMotion, status, pump, [this] { RefreshView(); }),
       portDialog(ui.dialogs, g.windows, g.stage, [this] { camera.InitializeCamera(); }),

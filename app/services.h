@@ -18,6 +18,7 @@
 #include "imaging/screen_view.h"
 #include "platform/devices.h"
 #include "platform/user_interface.h"
+#include "scan/contrast_dialog.h"
 #include "scan/control_panel.h"
 #include "scan/scan_listener.h"
 #include "scan/scan_report.h"
@@ -66,6 +67,7 @@ struct Services {
     TiltPlane tiltPlane;
     ScanRun scanRun;
     ControlPanel controlPanel;
+    ContrastDialog contrastDialog;
     AboutBox aboutBox;
     MotorController motorController;
     PortDialog portDialog;

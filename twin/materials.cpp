@@ -1,21 +1,11 @@
 #include "twin/materials.h"
 
+#include "scan/contrast_presets.h"
+
 #include <algorithm>
-#include <cstddef>
 
 namespace tessaro {
 namespace {
-
-struct Preset {
-    Material material;
-    Substrate substrate;
-    ChannelValues contrastPercent;
-};
-
-constexpr std::array<Preset, 4> presets = {{{Material::graphene, Substrate::sio2, {-12.0, -8.0, -2.0}},
-                                            {Material::hbn, Substrate::sio2, {-20.0, 17.0, 3.0}},
-                                            {Material::hbn, Substrate::glass, {3.0, 6.0, 9.0}},
-                                            {Material::tmdc, Substrate::sio2, {-80.0, 20.0, 0.0}}}};
 
 template<typename Kind>
 std::optional<Kind> Named(std::string_view name, const std::array<std::string_view, 3>& names) {
@@ -36,11 +26,13 @@ std::optional<Substrate> SubstrateNamed(std::string_view name) {
 }
 
 ChannelValues SingleLayerContrastPercent(Material material, Substrate substrate) {
-    const auto preset = std::ranges::find_if(presets, [&](const Preset& candidate) {
-        return candidate.material == material && candidate.substrate == substrate;
-    });
-    return preset != presets.end() ? preset->contrastPercent
-                                   : SingleLayerContrastPercent(material, Substrate::sio2);
+    const ContrastPreset* preset =
+        PresetFor(static_cast<std::int32_t>(material), static_cast<std::int32_t>(substrate));
+    if (preset == nullptr)
+        return SingleLayerContrastPercent(material, Substrate::sio2);
+    ChannelValues contrast{};
+    std::ranges::copy(preset->targetContrast, contrast.begin());
+    return contrast;
 }
 
 } // namespace tessaro

@@ -9,6 +9,7 @@
 
 namespace tessaro {
 
+// In the order in which the operator's program counts them.
 enum class Material : std::uint8_t { graphene, hbn, tmdc };
 enum class Substrate : std::uint8_t { sio2, glass, sapphire };
 

@@ -24,7 +24,13 @@ TEST_F(ProgramTest, ShowsAndMeasuresEveryLiveFrame) {
 
 TEST_F(ProgramTest, PausesTheLiveViewDuringAScanWithoutStoppingItsTimer) {
     At(started + 10, [&] { globals->scan.scanning = 1; });
+    int ticks = 0;
+    ui.messages.onDispatch = [&, look = ui.messages.onDispatch](const Message& message) {
+        ticks += message.kind == MessageKind::Timer ? 1 : 0;
+        look(message);
+    };
     RunUntil(started + 450);
+    EXPECT_EQ(ticks, 4);
     EXPECT_EQ(globals->camera.testPatternPhase, 0U);
 }
 

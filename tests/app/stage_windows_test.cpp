@@ -72,6 +72,20 @@ TEST_F(StageWindowsTest, OpenTheStageDialogOfTheMenuAndMoveTheStage) {
     EXPECT_EQ(x, 400.0);
 }
 
+TEST_F(StageWindowsTest, TakeTheYOfTheStageDialogForTheXRangeThroughTheOpenPanel) {
+    ui.dialogs.whileModal = [this](WindowHandle dialog) {
+        ui.dialogs.SetItemText(dialog, 1012, "7");  // Y
+        ui.dialogs.SetItemText(dialog, 1005, "20"); // the scan area
+        ui.dialogs.SetItemText(dialog, 1006, "30");
+        ui.dialogs.Notify(dialog, 1, Notification::Clicked);
+        ui.dialogs.Notify(dialog, 2, Notification::Clicked);
+    };
+    ChooseAt(start, command::settingXyStage);
+    RunUntil(start + 40);
+    EXPECT_EQ(globals->settings.xRange, 7) << "the panel takes what it shows when its Y range is written";
+    EXPECT_EQ(globals->settings.yRange, 30);
+}
+
 TEST_F(StageWindowsTest, JogTheStageAndShowWhereItIs) {
     ui.messages.PostAt(start, {popupWindow, MessageKind::LeftButtonPress, 0, PackPosition(230, 140)});
     ui.messages.PostAt(start + 18, {popupWindow, MessageKind::LeftButtonRelease});

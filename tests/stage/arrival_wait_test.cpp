@@ -218,6 +218,13 @@ TEST_F(SettledStage, IsBelievedAtOnceWithinAMicrometre) {
     EXPECT_EQ(stage.position[0], 1000.0);
 }
 
+TEST_F(SettledStage, IsNotBelievedAtOnceAtExactlyAMicrometre) {
+    Junk({"1600"}); // 1000 um
+    line.Expect("p", Answered("1600"));
+    Wait(axisX, 1001.0);
+    EXPECT_FALSE(Arrived());
+}
+
 TEST_F(SettledStage, IsBelievedTheSecondTimeWithinTwoMicrometres) {
     Junk({"1597", "1603"}); // 1.875 um off, on either side
     line.Expect("p", Answered("1603"));

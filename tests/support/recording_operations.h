@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/number_text.h"
 #include "app/operations.h"
 
 #include <functional>
@@ -33,9 +34,7 @@ public:
     void ChooseImportFile() override { Note("choose import"); }
     bool HasImportFile() override { return hasImportFile; }
     void LoadImportFile() override { Note("load import"); }
-    void MoveAxisBy(int axis, double um) override {
-        Note("move " + std::to_string(axis) + " by", static_cast<long long>(um));
-    }
+    void MoveAxisBy(int axis, double um) override { Note(Formatted("move %d by %g", axis, um)); }
     void MoveToScanOrigin() override { Note("move to origin"); }
     void FineFocus() override { Note("fine focus"); }
     void RunScan() override { Note("scan"); }

@@ -5,7 +5,7 @@
 namespace tessaro {
 namespace {
 
-class Outline : public AnalysisFixture {
+class TracedOutline : public AnalysisFixture {
 protected:
     /// The outline of these pixels of the frame in the box of their own extremes.
     void Trace(int left, int low, int width, int height) {
@@ -22,7 +22,7 @@ protected:
     GrainOutline& outline = field.scratch.outline;
 };
 
-TEST_F(Outline, BeginsAtRowAndColumnZeroOfAGrainThatTouchesTheBorder) {
+TEST_F(TracedOutline, BeginsAtRowAndColumnZeroOfAGrainThatTouchesTheBorder) {
     Trace(0, 0, 4, 3); // box from -1 on, widened by two beyond the last pixel
     ExpectSpan(outline.Rows(), 0, 3);
     ExpectSpan(outline.Columns(), 0, 4);
@@ -32,7 +32,7 @@ TEST_F(Outline, BeginsAtRowAndColumnZeroOfAGrainThatTouchesTheBorder) {
     EXPECT_TRUE(outline.AlongColumn(4).Empty());
 }
 
-TEST_F(Outline, EndsAtTheFramesLastRowAndColumn) {
+TEST_F(TracedOutline, EndsAtTheFramesLastRowAndColumn) {
     Trace(frameWidth - 4, frameHeight - 3, 4, 3);
     ExpectSpan(outline.Rows(), frameHeight - 4, frameHeight - 1);
     ExpectSpan(outline.Columns(), frameWidth - 5, frameWidth - 1);
@@ -41,7 +41,7 @@ TEST_F(Outline, EndsAtTheFramesLastRowAndColumn) {
     EXPECT_TRUE(outline.AlongRow(frameHeight - 4).Empty());
 }
 
-TEST_F(Outline, ForgetsTheGrainThatWasTracedBefore) {
+TEST_F(TracedOutline, ForgetsTheGrainThatWasTracedBefore) {
     Trace(0, 0, 4, 3);
     Trace(2, 1, 1, 1);
     EXPECT_TRUE(outline.AlongRow(0).Empty());
@@ -49,7 +49,7 @@ TEST_F(Outline, ForgetsTheGrainThatWasTracedBefore) {
     EXPECT_TRUE(outline.AlongColumn(1).Empty());
 }
 
-TEST_F(Outline, LeavesOutPixelsBesideTheBox) {
+TEST_F(TracedOutline, LeavesOutPixelsBesideTheBox) {
     SetPixels(GrainAt(0), 0, 0, 4, 3);
     outline.Trace(GrainAt(0), {1, 1, 2, 1}); // columns 1 and 2, row 1
     ExpectSpan(outline.AlongRow(1), 1, 2);

@@ -19,21 +19,21 @@ public:
     std::vector<std::string> heard;
 };
 
-constexpr auto owner = static_cast<WindowHandle>(7);
+constexpr auto boxOwner = static_cast<WindowHandle>(7);
 
 TEST(HeardMessageBoxesTest, ShowsAndAsksAsThePlatformDoes) {
     ScriptedMessageBoxes boxes;
     boxes.answers = {true, false};
     HeardMessageBoxes heard(boxes, nullptr);
-    EXPECT_TRUE(heard.AskYesNo(owner, "Stop ?", "Question"));
-    EXPECT_FALSE(heard.AskYesNo(owner, "Stop ?", "Question"));
-    heard.ShowWarning(owner, "Mind", "Warning");
+    EXPECT_TRUE(heard.AskYesNo(boxOwner, "Stop ?", "Question"));
+    EXPECT_FALSE(heard.AskYesNo(boxOwner, "Stop ?", "Question"));
+    heard.ShowWarning(boxOwner, "Mind", "Warning");
     ASSERT_EQ(boxes.questions.size(), 2U);
-    EXPECT_EQ(boxes.questions[0].owner, owner);
+    EXPECT_EQ(boxes.questions[0].owner, boxOwner);
     EXPECT_EQ(boxes.questions[0].text, "Stop ?");
     EXPECT_EQ(boxes.questions[0].caption, "Question");
     ASSERT_EQ(boxes.warnings.size(), 1U);
-    EXPECT_EQ(boxes.warnings[0].owner, owner);
+    EXPECT_EQ(boxes.warnings[0].owner, boxOwner);
     EXPECT_EQ(boxes.warnings[0].text, "Mind");
     EXPECT_EQ(boxes.warnings[0].caption, "Warning");
 }
@@ -43,9 +43,9 @@ TEST(HeardMessageBoxesTest, TellsEachWithItsAnswer) {
     boxes.answers = {true, false};
     RecordingListener listener;
     HeardMessageBoxes heard(boxes, &listener);
-    heard.AskYesNo(owner, "Stop ?", "Question");
-    heard.ShowWarning(owner, "Mind", "Warning");
-    heard.AskYesNo(owner, "Again ?", "Question");
+    heard.AskYesNo(boxOwner, "Stop ?", "Question");
+    heard.ShowWarning(boxOwner, "Mind", "Warning");
+    heard.AskYesNo(boxOwner, "Again ?", "Question");
     EXPECT_EQ(listener.heard, (std::vector<std::string>{"Stop ? yes", "warning Mind", "Again ? no"}));
 }
 

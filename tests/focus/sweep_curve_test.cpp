@@ -10,7 +10,7 @@
 namespace tessaro {
 namespace {
 
-using Verdict = SweepCurve::Verdict;
+using SweepVerdict = SweepCurve::Verdict;
 using Scores = std::vector<float>;
 
 /// A sweep whose sample i is at 1000 - 10 * i um.
@@ -23,79 +23,79 @@ public:
 
     void Add(float score) {
         last = m_curve.Add(1000 - 10 * m_samples++, score);
-        if (last != Verdict::GoOn && endedAt < 0)
+        if (last != SweepVerdict::GoOn && endedAt < 0)
             endedAt = m_samples - 1;
     }
 
     std::optional<std::int32_t> PeakZ() const { return m_curve.PeakZ(); }
 
-    Verdict last = Verdict::GoOn; // of the last sample
-    int endedAt = -1;             // the first sample that was not GoOn
+    SweepVerdict last = SweepVerdict::GoOn; // of the last sample
+    int endedAt = -1;                       // the first sample that was not GoOn
 
 private:
     SweepCurve m_curve;
     int m_samples = 0;
 };
 
-std::vector<Verdict> VerdictsOf(float firstScore, const Scores& scores) {
+std::vector<SweepVerdict> VerdictsOf(float firstScore, const Scores& scores) {
     SweepCurve curve(firstScore);
-    std::vector<Verdict> verdicts;
+    std::vector<SweepVerdict> verdicts;
     for (const float score : scores)
         verdicts.push_back(curve.Add(0, score));
     return verdicts;
 }
 
-constexpr auto goOn = Verdict::GoOn;
-constexpr auto passed = Verdict::PeakPassed;
-constexpr auto sharp = Verdict::AlreadySharp;
+constexpr auto keepsOn = SweepVerdict::GoOn;
+constexpr auto passed = SweepVerdict::PeakPassed;
+constexpr auto sharp = SweepVerdict::AlreadySharp;
 
 TEST(SweepCurve, PassesThePeakBelowTwoThirdsOfTheHighestScore) {
     // Curvatures of samples 2, 3, 4: -8, 8 and 9 - score. Two thirds of 9 are 6.
-    EXPECT_EQ(VerdictsOf(1.0F, {1.0F, 1.0F, 9.0F, 9.0F, 6.0F}).back(), goOn);
+    EXPECT_EQ(VerdictsOf(1.0F, {1.0F, 1.0F, 9.0F, 9.0F, 6.0F}).back(), keepsOn);
     EXPECT_EQ(VerdictsOf(1.0F, {1.0F, 1.0F, 9.0F, 9.0F, 5.9375F}),
-              (std::vector<Verdict>{goOn, goOn, goOn, goOn, passed}));
+              (std::vector<SweepVerdict>{keepsOn, keepsOn, keepsOn, keepsOn, passed}));
 }
 
 TEST(SweepCurve, PassesThePeakBelowTwoThirdsOfTheLargestCurvature) {
     // Curvatures of samples 2, 3, 4: -6, 6 and 9 - score. Two thirds of 6 are 4.
-    EXPECT_EQ(VerdictsOf(3.0F, {3.0F, 3.0F, 9.0F, 9.0F, 5.0F}).back(), goOn);
+    EXPECT_EQ(VerdictsOf(3.0F, {3.0F, 3.0F, 9.0F, 9.0F, 5.0F}).back(), keepsOn);
     EXPECT_EQ(VerdictsOf(3.0F, {3.0F, 3.0F, 9.0F, 9.0F, 5.0625F}).back(), passed);
 }
 
 TEST(SweepCurve, PassesNoPeakThatIsBentByLessThanThreeTenthsOfTheScoreBesideIt) {
     // The curvature of sample 3 is 10 - base, that of sample 4 is 1.25; three tenths of 8 are 2.4.
     const auto verdict = [](float base) { return VerdictsOf(base, {base, base, 9.0F, 8.0F, 5.75F}).back(); };
-    EXPECT_EQ(verdict(7.625F), goOn) << "2.375";
+    EXPECT_EQ(verdict(7.625F), keepsOn) << "2.375";
     EXPECT_EQ(verdict(7.5625F), passed) << "2.4375";
 }
 
 /// What has fallen below two thirds of the highest score has made the lowest small enough: the one threshold
 /// is the other's.
 TEST(SweepCurve, NeedsAHighestScoreOfMoreThanOneAndAHalfTimesTheLowest) {
-    EXPECT_EQ(VerdictsOf(1.0F, {1.0F, 1.0F, 1.5F, 1.25F, 1.0F}).back(), goOn);
+    EXPECT_EQ(VerdictsOf(1.0F, {1.0F, 1.0F, 1.5F, 1.25F, 1.0F}).back(), keepsOn);
     EXPECT_EQ(VerdictsOf(1.0F, {1.0F, 1.0F, 1.625F, 1.25F, 1.0F}).back(), passed);
 }
 
 TEST(SweepCurve, ComparesWithTheScoreBeforeTheSweepToo) {
     // 9 is the highest only because of the frame before the first sample; then as above.
     EXPECT_EQ(VerdictsOf(9.0F, {3.0F, 3.0F, 6.0F, 6.0F, 5.0F}).back(), passed);
-    EXPECT_EQ(VerdictsOf(3.0F, {3.0F, 3.0F, 6.0F, 6.0F, 5.0F}).back(), goOn);
+    EXPECT_EQ(VerdictsOf(3.0F, {3.0F, 3.0F, 6.0F, 6.0F, 5.0F}).back(), keepsOn);
 }
 
 TEST(SweepCurve, IsSharpAlreadyAboveTen) {
-    EXPECT_EQ(VerdictsOf(1.0F, {1.0F, 5.0F, 10.0F}).back(), goOn);
+    EXPECT_EQ(VerdictsOf(1.0F, {1.0F, 5.0F, 10.0F}).back(), keepsOn);
     EXPECT_EQ(VerdictsOf(1.0F, {1.0F, 5.0F, std::nextafter(10.0F, 11.0F)}).back(), sharp);
 }
 
 TEST(SweepCurve, JudgesNothingBeforeItsThirdSample) {
-    EXPECT_EQ(VerdictsOf(50.0F, {50.0F, 50.0F}), (std::vector<Verdict>{goOn, goOn}));
+    EXPECT_EQ(VerdictsOf(50.0F, {50.0F, 50.0F}), (std::vector<SweepVerdict>{keepsOn, keepsOn}));
 }
 
 TEST(SweepCurve, DoesNotCountItsFirstTwoSamplesAsHighest) {
     EXPECT_EQ(Sweep(0.005F, {5.0F, 5.0F, 0.005F, 0.005F}).PeakZ(), std::nullopt);
     EXPECT_NE(Sweep(0.005F, {0.005F, 0.005F, 5.0F}).PeakZ(), std::nullopt);
     // Two thirds of 9 would be 6.
-    EXPECT_EQ(VerdictsOf(3.0F, {9.0F, 9.0F, 5.0F, 5.0F, 5.0F}).back(), goOn);
+    EXPECT_EQ(VerdictsOf(3.0F, {9.0F, 9.0F, 5.0F, 5.0F, 5.0F}).back(), keepsOn);
 }
 
 TEST(SweepCurve, HasAPeakOnlyWhereAScoreIsAboveAHundredth) {
@@ -133,7 +133,7 @@ TEST(SweepCurve, HasRoomForNinetySamples) {
     Sweep sweep(1.0F, Scores(89, 1.0F));
     EXPECT_EQ(sweep.endedAt, -1);
     sweep.Add(0.5F); // the largest curvature, at the last of all
-    EXPECT_EQ(sweep.last, goOn);
+    EXPECT_EQ(sweep.last, keepsOn);
     EXPECT_EQ(sweep.PeakZ(), 1000 - 10 * 88);
 }
 

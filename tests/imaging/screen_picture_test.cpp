@@ -12,8 +12,6 @@
 namespace tessaro {
 namespace {
 
-constexpr std::array<std::uint8_t, 4> whiteBytes = {255, 255, 255, 255};
-
 class LoadPictureTest : public ImagingFixture {
 protected:
     LoadPictureTest() {

@@ -9,8 +9,6 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-constexpr std::array<std::uint8_t, 4> whiteBytes = {255, 255, 255, 255};
-
 class ScreenSetUp : public ImagingFixture {};
 
 TEST_F(ScreenSetUp, MakesABitmapOfTheFramesSizeAndAContext) {

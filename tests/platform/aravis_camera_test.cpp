@@ -2,6 +2,7 @@
 #include "platform/aravis/camera_search.h"
 #include "support/background_program.h"
 #include "tests/platform/served_camera.h"
+#include "tests/platform/served_images.h"
 
 #include <gtest/gtest.h>
 
@@ -15,19 +16,12 @@
 namespace tessaro {
 namespace {
 
-constexpr std::uint32_t timeoutMs = 10'000; // far longer than any image takes
-
 std::unique_ptr<CameraDevice> OpenCamera() {
     AravisCameras cameras(ServedCamera::address);
     cameras.Initialize();
     auto device = cameras.CreateFirstDevice();
     device->Open();
     return device;
-}
-
-bool IsAll(const GrabResult& result, int level) {
-    return result.GrabSucceeded() &&
-           std::ranges::all_of(result.GetBuffer(), [&](std::uint8_t sample) { return sample == level; });
 }
 
 const std::vector<FoundCamera> found{

@@ -1,6 +1,7 @@
 #include "platform/aravis/aravis_cameras.h"
 #include "support/background_program.h"
 #include "tests/platform/served_camera.h"
+#include "tests/platform/served_images.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr std::uint32_t timeoutMs = 10'000; // far longer than any image takes
 // Generous, since machines may be busy; the library would wait for much longer.
 constexpr milliseconds soon(4'000);
 constexpr milliseconds atOnce(1'000);
@@ -40,10 +40,6 @@ auto DurationOf(Call call) {
     const auto begin = steady_clock::now();
     call();
     return std::chrono::duration_cast<milliseconds>(steady_clock::now() - begin);
-}
-
-bool IsAll(const GrabResult& result, int level) {
-    return std::ranges::all_of(result.GetBuffer(), [&](std::uint8_t sample) { return sample == level; });
 }
 
 class AravisFaults : public testing::Test {

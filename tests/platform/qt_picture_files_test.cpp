@@ -72,8 +72,6 @@ protected:
     }
 };
 
-} // namespace
-
 TEST_F(QtPictureFilesTest, FillsTheUnusedByte) {
     for (const auto& [name, file] : AllSamples()) {
         SCOPED_TRACE(name);
@@ -215,14 +213,10 @@ TEST_F(QtPictureFilesTest, NamesWhatTheJpegDecoderFound) {
 
 // --- messages
 
-namespace {
-
 std::atomic<int> messagesSeen = 0;
 void CountMessages(QtMsgType, const QMessageLogContext& context, const QString&) {
     messagesSeen += context.category == std::string_view("tessaro.test") ? 1 : 1000;
 }
-
-} // namespace
 
 TEST_F(QtPictureFilesTest, LeavesMessagesOfOthersToTheirHandlerWhileItDecodes) {
     Bytes damaged = EncodeOrFail(samples::Colourful(64, 64), "image/jpeg");
@@ -400,4 +394,5 @@ TEST_F(QtPictureFilesTest, RefusesPpmSamplesAboveTheMaximumAndOtherNonsense) {
         EXPECT_EQ(Refusal(samples::ToBytes(text)), "the PPM data is damaged") << text;
 }
 
+} // namespace
 } // namespace tessaro

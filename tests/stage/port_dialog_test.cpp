@@ -205,9 +205,9 @@ protected:
         };
     }
     void Jog() {
-        constexpr std::pair<int, int> plusX{230, 140};
+        constexpr std::pair<int, int> jogButton{230, 140};
         ui.messages.Dispatch(
-            {jogWindow, MessageKind::LeftButtonPress, 0, PackPosition(plusX.first, plusX.second)});
+            {jogWindow, MessageKind::LeftButtonPress, 0, PackPosition(jogButton.first, jogButton.second)});
     }
     void LetGoAfter(std::uint64_t milliseconds) {
         ui.messages.PostAt(start + milliseconds, {jogWindow, MessageKind::LeftButtonRelease});

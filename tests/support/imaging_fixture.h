@@ -16,6 +16,7 @@ namespace tessaro {
 class ImagingFixture : public ShellFixture {
 protected:
     using Bytes = std::array<std::uint8_t, 4>;
+    static constexpr Bytes whiteBytes = {255, 255, 255, 255};
 
     static Bytes BytesAt(const Picture& picture, int x, int y) {
         const std::uint8_t* pixel = picture.Pixel(x, y);

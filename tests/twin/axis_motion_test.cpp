@@ -11,7 +11,7 @@ namespace {
 
 // With 16000 steps/s^2 a speed of 1600 steps/s is reached after 0.1 s and 80 steps.
 constexpr double speed = 1600.0;
-constexpr double rounding = 1e-9;
+constexpr double motionRounding = 1e-9;
 
 AxisMotion OnItsWay() {
     AxisMotion axis(0);
@@ -30,11 +30,11 @@ TEST(AxisMotion, StandsWhereItWasPut) {
 
 TEST(AxisMotion, SpeedsUpGoesAndSlowsDown) {
     const AxisMotion axis = OnItsWay();
-    EXPECT_NEAR(axis.EndTime(), 0.1 + 1440.0 / 1600.0 + 0.1, rounding);
-    EXPECT_NEAR(axis.PositionAt(0.05), 20.0, rounding);
-    EXPECT_NEAR(axis.PositionAt(0.1), 80.0, rounding);
-    EXPECT_NEAR(axis.PositionAt(0.6), 880.0, rounding);
-    EXPECT_NEAR(axis.PositionAt(1.05), 1580.0, rounding);
+    EXPECT_NEAR(axis.EndTime(), 0.1 + 1440.0 / 1600.0 + 0.1, motionRounding);
+    EXPECT_NEAR(axis.PositionAt(0.05), 20.0, motionRounding);
+    EXPECT_NEAR(axis.PositionAt(0.1), 80.0, motionRounding);
+    EXPECT_NEAR(axis.PositionAt(0.6), 880.0, motionRounding);
+    EXPECT_NEAR(axis.PositionAt(1.05), 1580.0, motionRounding);
     EXPECT_EQ(axis.PositionAt(1.2), 1600.0);
     EXPECT_TRUE(axis.MovesAt(1.0999));
     EXPECT_FALSE(axis.MovesAt(1.1001));
@@ -43,22 +43,22 @@ TEST(AxisMotion, SpeedsUpGoesAndSlowsDown) {
 TEST(AxisMotion, GoesBackwardsAsWell) {
     AxisMotion axis(1000);
     axis.MoveTo(-600, speed, 5.0);
-    EXPECT_NEAR(axis.PositionAt(5.6), 1000.0 - 880.0, rounding);
-    EXPECT_NEAR(axis.EndTime(), 6.1, rounding);
+    EXPECT_NEAR(axis.PositionAt(5.6), 1000.0 - 880.0, motionRounding);
+    EXPECT_NEAR(axis.EndTime(), 6.1, motionRounding);
     EXPECT_EQ(axis.StepAt(7.0), -600);
 }
 
 TEST(AxisMotion, SlowsDownBeforeItsSpeedWhenTheWayIsShort) {
     AxisMotion axis(0);
     axis.MoveTo(40, speed, 0.0); // up to 800 steps/s after 20 steps
-    EXPECT_NEAR(axis.PositionAt(0.05), 20.0, rounding);
-    EXPECT_NEAR(axis.EndTime(), 0.1, rounding);
+    EXPECT_NEAR(axis.PositionAt(0.05), 20.0, motionRounding);
+    EXPECT_NEAR(axis.EndTime(), 0.1, motionRounding);
 }
 
 TEST(AxisMotion, SlowsDownAtItsOwnRate) {
     AxisMotion axis(0, {.acceleration = 16'000.0, .deceleration = 8'000.0});
     axis.MoveTo(1600, speed, 0.0); // 160 steps to slow down
-    EXPECT_NEAR(axis.EndTime(), 0.1 + 1360.0 / 1600.0 + 0.2, rounding);
+    EXPECT_NEAR(axis.EndTime(), 0.1 + 1360.0 / 1600.0 + 0.2, motionRounding);
 }
 
 TEST(AxisMotion, StandsAtOnceWhereItIs) {
@@ -71,14 +71,14 @@ TEST(AxisMotion, StandsAtOnceWhereItIs) {
 TEST(AxisMotion, SlowsDownWhenStopped) {
     AxisMotion axis = OnItsWay();
     axis.Stop(0.6);
-    EXPECT_NEAR(axis.EndTime(), 0.7, rounding);
+    EXPECT_NEAR(axis.EndTime(), 0.7, motionRounding);
     EXPECT_EQ(axis.StepAt(0.8), 960);
 }
 
 TEST(AxisMotion, StopsAtAWholeStep) {
     AxisMotion axis = OnItsWay();
     axis.Stop(0.60025); // at 880.4; 0.6 steps are gone before it slows down
-    EXPECT_NEAR(axis.EndTime(), 0.60025 + 0.6 / 1600.0 + 0.1, rounding);
+    EXPECT_NEAR(axis.EndTime(), 0.60025 + 0.6 / 1600.0 + 0.1, motionRounding);
     EXPECT_EQ(axis.PositionAt(0.8), 961.0);
 }
 
@@ -95,37 +95,37 @@ TEST(AxisMotion, StoppingWhatStandsOrHasJustBegunIsHarmless) {
 TEST(AxisMotion, GoesOnWithoutSlowingDownWhenTheNewTargetIsAhead) {
     AxisMotion axis = OnItsWay();
     axis.MoveTo(2000, speed, 0.6);
-    EXPECT_NEAR(axis.EndTime(), 0.1 + 1840.0 / 1600.0 + 0.1, rounding);
-    EXPECT_NEAR(axis.PositionAt(0.7), 1040.0, rounding);
+    EXPECT_NEAR(axis.EndTime(), 0.1 + 1840.0 / 1600.0 + 0.1, motionRounding);
+    EXPECT_NEAR(axis.PositionAt(0.7), 1040.0, motionRounding);
 }
 
 TEST(AxisMotion, TurnsWhenTheNewTargetIsBehind) {
     AxisMotion axis = OnItsWay();
     axis.MoveTo(0, speed, 0.6);
-    EXPECT_NEAR(axis.PositionAt(0.7), 960.0, rounding);
-    EXPECT_NEAR(axis.EndTime(), 0.7 + 0.1 + 800.0 / 1600.0 + 0.1, rounding);
+    EXPECT_NEAR(axis.PositionAt(0.7), 960.0, motionRounding);
+    EXPECT_NEAR(axis.EndTime(), 0.7 + 0.1 + 800.0 / 1600.0 + 0.1, motionRounding);
 }
 
 TEST(AxisMotion, ComesBackToATargetThatIsTooNear) {
     AxisMotion axis = OnItsWay();
     axis.MoveTo(900, speed, 0.6);
-    EXPECT_NEAR(axis.PositionAt(0.7), 960.0, rounding);
-    EXPECT_NEAR(axis.EndTime(), 0.7 + 2.0 * std::sqrt(60.0 / 16'000.0), rounding);
+    EXPECT_NEAR(axis.PositionAt(0.7), 960.0, motionRounding);
+    EXPECT_NEAR(axis.EndTime(), 0.7 + 2.0 * std::sqrt(60.0 / 16'000.0), motionRounding);
     EXPECT_EQ(axis.StepAt(1.0), 900);
 }
 
 TEST(AxisMotion, SlowsDownToANewSpeed) {
     AxisMotion axis = OnItsWay();
     axis.MoveTo(1600, 800.0, 0.6); // 60 steps to the new speed, 20 to stand, 640 between them
-    EXPECT_NEAR(axis.EndTime(), 0.6 + 0.05 + 640.0 / 800.0 + 0.05, rounding);
+    EXPECT_NEAR(axis.EndTime(), 0.6 + 0.05 + 640.0 / 800.0 + 0.05, motionRounding);
 }
 
 TEST(AxisMotion, RemembersForAWhileWhereItWas) {
     AxisMotion axis = OnItsWay();
     axis.MoveTo(0, speed, 0.6);
     axis.Stop(0.65);
-    EXPECT_NEAR(axis.PositionAt(0.5), 720.0, rounding);
-    EXPECT_NEAR(axis.PositionAt(0.05), 20.0, rounding);
+    EXPECT_NEAR(axis.PositionAt(0.5), 720.0, motionRounding);
+    EXPECT_NEAR(axis.PositionAt(0.05), 20.0, motionRounding);
 }
 
 TEST(AxisMotion, TellsTheStepsThatWereMadeAndNeverTheTargetBeforeItStands) {

@@ -8,8 +8,6 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-constexpr double byteTime = 10.0 / 9600.0;
-constexpr double rounding = 1e-6;
 constexpr ProgressAxes allAxes = {true, true, true};
 
 /// Without the progress on the way.

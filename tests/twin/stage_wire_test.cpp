@@ -9,9 +9,6 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-constexpr double byteTime = 10.0 / 9600.0;
-constexpr double rounding = 1e-6;
-
 TEST(StageWire, CarriesAByteInTheTimeOfTenBits) {
     VirtualLine line;
     const double begun = line.now;

@@ -11,6 +11,9 @@
 
 namespace tessaro {
 
+inline constexpr double byteTime = 10.0 / 9600.0; // s
+inline constexpr double rounding = 1e-6;          // of the times in a test, s
+
 /// A reply as the host gets it: when its first and its last byte had gone over the line, and its text without
 /// the NUL.
 struct HeardReply {

@@ -14,11 +14,11 @@
 namespace tessaro {
 namespace {
 
-using Place = std::pair<int, int>; // pixels of the screen
+using ScreenPlace = std::pair<int, int>; // pixels of the screen
 using Position = std::array<double, 3>;
 
 constexpr std::array<int, 3> targetEdits = {panel::targetX, panel::targetY, panel::targetZ};
-constexpr Place plusX{1131, 860}; // in the motor controller
+constexpr ScreenPlace plusX{1131, 860}; // in the motor controller
 constexpr double stepUm = 0.625;
 
 /// The operator's program with the simulated microscope's stage and camera behind it.

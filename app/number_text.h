@@ -51,10 +51,10 @@ inline std::optional<std::int32_t> ParsedInteger(std::string_view text) {
     return TakeNumber(text, value) ? std::optional(value) : std::nullopt;
 }
 
-/// A typed "%f".
+/// A typed "%f". What is not finite is no number here: nothing could clamp it.
 inline std::optional<float> ParsedFloat(std::string_view text) {
     float value = 0.0F;
-    return TakeNumber(text, value) ? std::optional(value) : std::nullopt;
+    return TakeNumber(text, value) && std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
 /// Toward zero; what does not fit becomes the nearest number that does, and what is no number becomes 0.

@@ -107,6 +107,18 @@ INSTANTIATE_TEST_SUITE_P(
                       "1"sv}),
     [](const auto& number) { return std::string(number.param.name); });
 
+TEST(TypedFraction, IsWhatTheTextBeginsWith) {
+    EXPECT_EQ(ParsedFloat(" +7.25%"), 7.25F);
+    EXPECT_EQ(ParsedFloat("-.5e1"), -5.0F);
+    EXPECT_EQ(ParsedFloat("3,7"), 3.0F);
+    EXPECT_EQ(ParsedFloat("3.4e38"), 3.4e38F);
+}
+
+TEST(TypedFraction, IsFinite) {
+    for (const char* text : {"nan", "-nan", "NAN(1)", "inf", "-Infinity", "1e39", "-1e39", "1e-99", "", "."})
+        EXPECT_EQ(ParsedFloat(text), std::nullopt) << text;
+}
+
 TEST(TakenNumbers, ComeOneAfterTheOther) {
     std::string_view text = "12,-20.5";
     std::int32_t whole = 0;

@@ -213,6 +213,7 @@ TEST_F(GrainGrouping, DropsWhatAFullGrainWouldTake) {
     Add(150, 202);               // touches only the dropped one: a new grain
     Group();
     EXPECT_EQ(Counts(), (std::vector<int>{9'999, 1}));
+    EXPECT_TRUE(status.lines.empty());
 }
 
 TEST_F(GrainGrouping, LosesWhatDoesNotFitWhenGrainsMerge) {

@@ -74,6 +74,15 @@ TEST_F(Refinement, StopsAtTwentyThousandMatchingPixels) {
     EXPECT_EQ(field.analyzer.pixelMap.Get(200, 300), 0);
 }
 
+TEST_F(Refinement, SaysSoWhenItFindsMoreThan297Grains) {
+    for (int i = 0; i < 298; ++i)
+        painter.Rectangle(200 + 6 * (i % 18), 200 + 6 * (i / 18), 3, 3, singleLayer100);
+    Measure();
+    MakeGrain(50, 50, 28, 26);
+    RefineGrain(field, 0);
+    EXPECT_EQ(status.lines, (std::vector<std::string>{"MAX_GRAIN overflow: group counting stopped"}));
+}
+
 TEST_F(Refinement, TakesTheLastPartThatExceedsTheFirst) {
     settings.minimumFlakeArea = 0;
     painter.Rectangle(200, 200, 10, 10, singleLayer100);

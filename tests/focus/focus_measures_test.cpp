@@ -193,6 +193,9 @@ TEST(FocusMeasures, DivideByTheDeviationOnlyAboveATenth) {
     const FocusFigures below = FiguresOfHalves(0.1875F);
     EXPECT_EQ(below.deviation, 0.09375F);
     EXPECT_EQ(below.focusValue, 0.0001F * 10.0F);
+    const FocusFigures edge = FiguresOfHalves(0.2F);
+    ASSERT_EQ(edge.deviation, 0.1F);
+    EXPECT_EQ(edge.focusValue, 0.0001F * 10.0F) << "in single precision it is not above";
     const FocusFigures above = FiguresOfHalves(0.25F);
     EXPECT_EQ(above.deviation, 0.125F);
     EXPECT_EQ(above.focusValue, 0.0001F * 300.0F / 0.125F);

@@ -43,7 +43,7 @@ public:
     /// Makes a dialog that lets the other windows live on; hidden at first. None when there is no such
     /// resource.
     virtual WindowHandle CreateModeless(int resource, WindowHandle owner, DialogProcedure& procedure) = 0;
-    virtual void ShowModeless(WindowHandle dialog) = 0;
+    virtual void ShowModeless(WindowHandle dialog) = 0; // together with its owner where that is hidden
     virtual void DestroyModeless(WindowHandle dialog) = 0;
 
     /// Shows a dialog, keeps its owner from being used, and dispatches messages until EndModal. Returns what

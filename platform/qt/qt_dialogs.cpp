@@ -97,7 +97,7 @@ WindowHandle QtDialogs::CreateModeless(int resource, WindowHandle owner, DialogP
 void QtDialogs::ShowModeless(WindowHandle dialog) {
     const QtMessageLoop::QtCall call(m_state->messages);
     if (const auto found = m_state->open.find(dialog); found != m_state->open.end())
-        found->second.dialog->show();
+        found->second.dialog->ShowAboveOwner();
 }
 
 void QtDialogs::DestroyModeless(WindowHandle dialog) {

@@ -54,6 +54,22 @@ QWidget* QtResourceDialog::Control(int controlId) const {
     return found != m_controls.end() ? found->second : nullptr;
 }
 
+void QtResourceDialog::ShowAboveOwner() {
+    m_waitsForOwner = !isModal() && parentWidget() != nullptr && !parentWidget()->isVisible();
+    if (!m_waitsForOwner)
+        show();
+}
+
+void QtResourceDialog::ShowWaiting(const QWidget& owner) {
+    for (QDialog* child : owner.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly)) {
+        auto* dialog = dynamic_cast<QtResourceDialog*>(child);
+        if (dialog == nullptr || !std::exchange(dialog->m_waitsForOwner, false))
+            continue;
+        dialog->setAttribute(Qt::WA_ShowWithoutActivating);
+        dialog->show();
+    }
+}
+
 void QtResourceDialog::Watch(QWidget* control, int controlId) {
     m_controls.emplace(controlId, control);
     if (auto* button = qobject_cast<QAbstractButton*>(control)) {

@@ -22,6 +22,13 @@ public:
     QWidget* Control(int controlId) const; // null when there is none
     void SetHandler(CommandHandler handler) { m_handler = std::move(handler); }
 
+    /// Shows it; a modeless one whose owner is still hidden not before ShowWaiting: a window manager keeps a
+    /// dialog above an owner only if it knew the owner first.
+    void ShowAboveOwner();
+
+    /// The dialogs that wait for this window, which is shown now. The keys stay with it.
+    static void ShowWaiting(const QWidget& owner);
+
     /// No command is reported any more.
     void Silence() { m_silent = true; }
 
@@ -43,6 +50,7 @@ private:
     std::map<int, QWidget*> m_controls;
     CommandHandler m_handler;
     bool m_silent = false;
+    bool m_waitsForOwner = false;
     bool m_loaded = false;
 };
 

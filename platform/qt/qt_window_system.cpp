@@ -3,6 +3,7 @@
 #include "platform/qt/qt_child_control.h"
 #include "platform/qt/qt_frame_view.h"
 #include "platform/qt/qt_message_loop.h"
+#include "platform/qt/qt_resource_dialog.h"
 #include "platform/qt/qt_resources.h"
 #include "platform/qt/qt_window_table.h"
 #include "platform/whole_characters.h"
@@ -165,8 +166,10 @@ void QtWindowSystem::State::AddMenu(ClassWindow& window, int resource, WindowHan
 
 void QtWindowSystem::Show(WindowHandle window) {
     const QtMessageLoop::QtCall call(m_state->messages);
-    if (const QtWindowTable::Entry* entry = m_state->windows.Find(window))
+    if (const QtWindowTable::Entry* entry = m_state->windows.Find(window)) {
         entry->widget->show();
+        QtResourceDialog::ShowWaiting(*entry->widget);
+    }
 }
 
 void QtWindowSystem::Hide(WindowHandle window) {

@@ -229,6 +229,25 @@ TEST_F(QtDialogsTest, ShowsNothingOfADialogUntilItIsShown) {
     EXPECT_EQ(QtMachine::TopLevel(panelTitle), nullptr);
 }
 
+TEST_F(QtDialogsTest, ShowsADialogOfAHiddenOwnerTogetherWithIt) {
+    m_machine.ui.windows.RegisterWindowClass({"main", &m_ownerProcedure});
+    const WindowHandle owner = m_machine.ui.windows.MakeWindow({"main", "Main", {}, 0, 0, 500, 400});
+    Show(137, owner);
+    EXPECT_EQ(QtMachine::TopLevel(panelTitle), nullptr);
+    m_machine.ui.windows.Show(owner);
+    m_machine.DispatchAll();
+    EXPECT_NE(QtMachine::TopLevel(panelTitle), nullptr);
+}
+
+TEST_F(QtDialogsTest, DoesNotShowADialogWithItsOwnerThatWasNotToBeShown) {
+    m_machine.ui.windows.RegisterWindowClass({"main", &m_ownerProcedure});
+    const WindowHandle owner = m_machine.ui.windows.MakeWindow({"main", "Main", {}, 0, 0, 500, 400});
+    m_machine.ui.dialogs.CreateModeless(137, owner, m_procedure);
+    m_machine.ui.windows.Show(owner);
+    m_machine.DispatchAll();
+    EXPECT_EQ(QtMachine::TopLevel(panelTitle), nullptr);
+}
+
 TEST_F(QtDialogsTest, CoversNoDialogThatStandsBesideTheOwnerAlready) {
     const WindowHandle owner = MakeOwner();
     Show(103, owner);

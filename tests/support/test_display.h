@@ -78,6 +78,13 @@ public:
         }
         return ids;
     }
+    /// The uppermost window at that place with its frame, by a number; the pointer is taken there.
+    std::string WindowAt(int x, int y) const {
+        MoveTo(x, y);
+        const std::string answer = Operate({"getmouselocation"}).output; // "x:1 y:2 screen:0 window:3"
+        const std::size_t begin = answer.rfind(':') + 1;
+        return answer.substr(begin, answer.find('\n') - begin);
+    }
     std::string ActiveTitle() const { return Operate({"getactivewindow", "getwindowname"}).output; }
     bool Shows(const std::string& titlePattern) const { return !Windows(titlePattern).empty(); }
 

@@ -167,6 +167,17 @@ TEST_F(WindowProgram, OpensTheControlPanelAgainAfterItWasClosed) {
     Exit();
 }
 
+TEST_F(WindowProgram, KeepsTheControlPanelAboveItsWindowOnADesktopTooLargeForBoth) {
+    Start({{"QT_SCALE_FACTOR", "1.5"}});
+    const std::string window = display.WindowAt(600, 500);
+    const std::string panel = display.WindowAt(1600, 500);
+    EXPECT_NE(window, panel);
+    constexpr int columnOfBoth = 1200;
+    EXPECT_EQ(display.WindowAt(columnOfBoth, 500), panel);
+    display.Close(panelTitle);
+    EXPECT_TRUE(Eventually([&] { return display.WindowAt(columnOfBoth, 500) == window; }));
+}
+
 TEST_F(WindowProgram, ContinuesTheFileOfTheFocusCurve) {
     const std::string file = (home.Path() / "curve.csv").string();
     arguments.insert(arguments.end(), {"--focus-curve", file});

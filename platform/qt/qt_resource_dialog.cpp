@@ -6,15 +6,18 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QFontInfo>
 #include <QKeyEvent>
 #include <QLayout>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QStyle>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace tessaro {
@@ -23,6 +26,7 @@ namespace {
 // Leaves the motor controller's window, which reaches over the main window's edge, uncovered.
 constexpr int gapBesideOwner = 66;
 
+constexpr int designedLetters = 12;   // pixels of the letters that the resources are drawn for
 constexpr QSize roomForFrame(10, 40); // as window managers draw it around a dialog
 constexpr int lowestScrollArea = 100;
 
@@ -42,6 +46,7 @@ QtResourceDialog::QtResourceDialog(int resource, QWidget* owner)
     : QDialog(owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                          Qt::WindowCloseButtonHint),
       m_loaded(LoadDialog(resource, *this)) {
+    GrowWithLetters();
     for (QWidget* control : findChildren<QWidget*>()) {
         if (const QVariant id = control->property("controlId"); id.isValid())
             Watch(control, id.toInt());
@@ -56,8 +61,22 @@ QWidget* QtResourceDialog::Control(int controlId) const {
 
 void QtResourceDialog::ShowAboveOwner() {
     m_waitsForOwner = !isModal() && parentWidget() != nullptr && !parentWidget()->isVisible();
-    if (!m_waitsForOwner)
-        show();
+    if (m_waitsForOwner)
+        return;
+    GiveKeysToFirst();
+    show();
+}
+
+/// As if the Tab key had led there: a text is selected. Of radio buttons it is the one that is checked.
+void QtResourceDialog::GiveKeysToFirst() {
+    QWidget* first = nextInFocusChain();
+    while (first != this && ((first->focusPolicy() & Qt::TabFocus) == 0 || !first->isEnabled()))
+        first = first->nextInFocusChain();
+    if (qobject_cast<QRadioButton*>(first) != nullptr) {
+        for (QRadioButton* button : first->parentWidget()->findChildren<QRadioButton*>())
+            first = button->isChecked() ? button : first;
+    }
+    first->setFocus(Qt::TabFocusReason);
 }
 
 void QtResourceDialog::ShowWaiting(const QWidget& owner) {
@@ -88,6 +107,17 @@ void QtResourceDialog::Watch(QWidget* control, int controlId) {
         combo->view()->setProperty("controlId", controlId);
         combo->view()->installEventFilter(this);
     }
+}
+
+/// On a desktop with larger letters than those of the resources everything is larger.
+void QtResourceDialog::GrowWithLetters() {
+    const double factor = static_cast<double>(QFontInfo(font()).pixelSize()) / designedLetters;
+    if (factor <= 1)
+        return;
+    const auto grown = [factor](int pixels) { return static_cast<int>(std::ceil(pixels * factor)); };
+    for (QWidget* widget : findChildren<QWidget*>())
+        widget->setMinimumSize(grown(widget->minimumWidth()), grown(widget->minimumHeight()));
+    resize(grown(width()), grown(height()));
 }
 
 /// As high as its contents need and the screen allows.

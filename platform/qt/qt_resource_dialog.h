@@ -42,7 +42,9 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void GiveKeysToFirst();
     void Watch(QWidget* control, int controlId);
+    void GrowWithLetters();
     void FitInto(const QSize& available);
     void Report(int controlId, Notification notification) const;
     void PressEnter();

@@ -110,6 +110,8 @@ int QtDialogs::RunModal(int resource, WindowHandle owner, DialogProcedure& proce
         return -1;
     QtResourceDialog& dialog = *m_state->open[handle].dialog;
     dialog.setWindowModality(Qt::WindowModal);
+    if (dialog.property("showsEffectsInOwner").toBool() && dialog.parentWidget() != nullptr)
+        dialog.PlaceOverOthersBeside(*dialog.parentWidget());
     ShowModeless(handle);
     const auto runs = [&] {
         const auto found = m_state->open.find(handle);

@@ -208,7 +208,8 @@ void QtResourceDialog::closeEvent(QCloseEvent* event) {
     Report(commandCancel, Notification::Clicked);
 }
 
-void QtResourceDialog::PlaceBeside(const QWidget& neighbour) {
+/// With its frame, which it has not got yet: that of the other window.
+QRect QtResourceDialog::PlaceRightOf(const QWidget& neighbour) {
     const QRect screen = neighbour.screen()->availableGeometry();
     const QRect taken = neighbour.frameGeometry();
     const QSize frame = taken.size() - neighbour.size();
@@ -217,15 +218,28 @@ void QtResourceDialog::PlaceBeside(const QWidget& neighbour) {
         resize(std::max(room, minimumSizeHint().width()), height());
     const QSize withFrame = size() + frame;
     const int left = std::min(taken.right() + 1 + gapBesideOwner, screen.right() + 1 - withFrame.width());
-    QRect place(QPoint(left, taken.top()), withFrame);
+    return {QPoint(left, taken.top()), withFrame};
+}
+
+void QtResourceDialog::MoveTo(QRect place, const QWidget& neighbour) {
+    const QRect screen = neighbour.screen()->availableGeometry();
+    if (place.bottom() > screen.bottom())
+        place.moveCenter(neighbour.frameGeometry().center());
+    move(std::max(screen.left(), place.left()), std::max(screen.top(), place.top()));
+}
+
+void QtResourceDialog::PlaceBeside(const QWidget& neighbour) {
+    QRect place = PlaceRightOf(neighbour);
     for (const QDialog* other : neighbour.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly)) {
         const QRect covered = other->frameGeometry();
         if (other != this && other->isVisible() && covered.intersects(place))
             place.moveTop(covered.bottom() + 1);
     }
-    if (place.bottom() > screen.bottom())
-        place.moveCenter(taken.center());
-    move(std::max(screen.left(), place.left()), std::max(screen.top(), place.top()));
+    MoveTo(place, neighbour);
+}
+
+void QtResourceDialog::PlaceOverOthersBeside(const QWidget& neighbour) {
+    MoveTo(PlaceRightOf(neighbour), neighbour);
 }
 
 } // namespace tessaro

@@ -36,6 +36,9 @@ public:
     /// stands there already. Where the screen ends before that, over the middle of the owner.
     void PlaceBeside(const QWidget& neighbour);
 
+    /// The same without regard to other dialogs, which wait while this one is there.
+    void PlaceOverOthersBeside(const QWidget& neighbour);
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
@@ -46,6 +49,8 @@ private:
     void Watch(QWidget* control, int controlId);
     void GrowWithLetters();
     void FitInto(const QSize& available);
+    QRect PlaceRightOf(const QWidget& neighbour);
+    void MoveTo(QRect place, const QWidget& neighbour);
     void Report(int controlId, Notification notification) const;
     void PressEnter();
 

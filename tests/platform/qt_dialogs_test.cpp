@@ -41,6 +41,23 @@ protected:
         return owner;
     }
 
+    /// Where a modal dialog stands, which is ended then.
+    QRect PlaceOfModal(int resource, const std::string& title, WindowHandle owner) {
+        QRect place;
+        m_machine.ui.messages.SetTimer(owner, 1, 10);
+        m_ownerProcedure.answer = [&](const Message& message) {
+            if (message.kind != MessageKind::Timer)
+                return false;
+            m_machine.ui.messages.KillTimer(owner, 1);
+            place = QtMachine::TopLevel(title)->frameGeometry();
+            m_machine.ui.dialogs.EndModal(m_procedure.dialog, 0);
+            return true;
+        };
+        m_machine.ui.dialogs.RunModal(resource, owner, m_procedure);
+        m_ownerProcedure.answer = nullptr;
+        return place;
+    }
+
     QtMachine m_machine;
     RecordingDialogProcedure m_procedure;
     RecordingWindowProcedure m_ownerProcedure;
@@ -266,6 +283,21 @@ TEST_F(QtDialogsTest, StandsOverItsOwnerWhereTheScreenHasNoRoomBesideAnotherDial
     const QPoint middle = QtMachine::TopLevel("Main")->frameGeometry().center();
     EXPECT_NEAR(second.center().x(), middle.x(), 2);
     EXPECT_TRUE(QGuiApplication::primaryScreen()->geometry().contains(second));
+}
+
+TEST_F(QtDialogsTest, LeavesTheOwnerInSightOfModalDialogsWhoseEffectsItShows) {
+    const WindowHandle owner = MakeOwner();
+    Show(137, owner); // may be covered
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    const QRect main = QtMachine::TopLevel("Main")->frameGeometry();
+    const QRect contrast = PlaceOfModal(129, contrastTitle, owner);
+    EXPECT_EQ(contrast.right(), screen.right());
+    EXPECT_EQ(contrast.top(), main.top());
+    const QRect stage = PlaceOfModal(130, stageTitle, owner);
+    EXPECT_EQ(stage.right(), screen.right());
+    EXPECT_EQ(stage.top(), main.top());
+    const QRect about = PlaceOfModal(103, "About Tessaro", owner);
+    EXPECT_NEAR(about.center().x(), main.center().x(), 5) << "has no effects";
 }
 
 TEST_F(QtDialogsTest, KeepsNoMemoryOfADialogThatIsGone) {

@@ -1,17 +1,14 @@
 // The control panel as it is laid out: what stands where, what fits, and how the keyboard gets around.
 
+#include "tests/platform/dialog_layout.h"
 #include "tests/platform/operator_input.h"
 #include "tests/platform/qt_machine.h"
 #include "tests/platform/recording_procedures.h"
 #include "tests/support/panel_places.h"
 
-#include <QCheckBox>
 #include <QDialog>
-#include <QFontMetrics>
 #include <QGroupBox>
 #include <QLabel>
-#include <QLayout>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
@@ -29,36 +26,9 @@
 namespace tessaro {
 namespace {
 
-constexpr const char* panelTitle = "Control Panel";
+using namespace dialog_layout;
 
-/// The widest texts that the program writes into each edit, or that are typed there.
-const std::map<int, std::vector<std::string>> widestTexts = {
-    {1000, {"-123456"}},
-    {1003, {"-123456"}},
-    {1005, {"-123456"}},
-    {1002, {"-123456"}},
-    {1021, {"-123456"}},
-    {1022, {"-123456"}},
-    {1012, {"100"}},
-    {1015, {"100"}},
-    {1019, {"-123456"}},
-    {1017, {"-123456"}},
-    {1018, {"-123456"}},
-    {1035, {"-0.1234"}},
-    {1040, {"-0.1234"}},
-    {1041, {"12345"}},
-    {1006,
-     {"Course Focusing step:90", "100% finished, 12.3 minute left", "Starting point is set here.",
-      "Scanning has completed.", "Moving to Origin position.", "Course Focusing has started"}},
-    {1007,
-     {"time passed: 2000/2000", "ReadFile error: 2000/2000", "Focusing step:2-20", "Dist. to move 123456.0um",
-      "Noise:123.4  Focus:12345.67"}},
-    {1001, {"1234.567"}},
-    {1020, {"1234.56"}},
-    {1036, {"1234.56"}},
-    {1037, {"1234.56"}},
-    {1038, {"123456.78"}},
-    {1039, {"1234.56"}}};
+constexpr const char* panelTitle = "Control Panel";
 
 class ControlPanelLayout : public testing::Test {
 protected:
@@ -78,15 +48,6 @@ protected:
         return QtMachine::Control<Widget>(panelTitle, id);
     }
 
-    QRect Place(const QWidget& widget) const { return {widget.mapTo(m_panel, QPoint(0, 0)), widget.size()}; }
-
-    const QLabel* LabelOf(const std::string& text) const {
-        for (const QLabel* label : m_panel->findChildren<QLabel*>())
-            if (label->text().toStdString() == text)
-                return label;
-        return nullptr;
-    }
-
     std::string GroupOf(int id) const {
         for (const QWidget* widget = Control(id); widget != nullptr; widget = widget->parentWidget())
             if (const auto* group = qobject_cast<const QGroupBox*>(widget))
@@ -94,49 +55,9 @@ protected:
         return {};
     }
 
-    void ExpectThatNothingIsCutOff() {
-        for (const QLabel* label : m_panel->findChildren<QLabel*>()) {
-            EXPECT_GE(label->width(), label->sizeHint().width()) << label->text().toStdString();
-            EXPECT_GE(label->height(), label->sizeHint().height()) << label->text().toStdString();
-        }
-        for (const QPushButton* button : m_panel->findChildren<QPushButton*>()) {
-            constexpr int besideText = 16;
-            constexpr int aboveAndBelowText = 6;
-            const QFontMetrics letters = button->fontMetrics();
-            EXPECT_GE(button->width(), letters.horizontalAdvance(button->text()) + besideText)
-                << button->text().toStdString();
-            EXPECT_GE(button->height(), letters.height() + aboveAndBelowText) << button->text().toStdString();
-        }
-        for (const QCheckBox* box : m_panel->findChildren<QCheckBox*>())
-            EXPECT_GE(box->width(), box->sizeHint().width());
-        for (const auto& [id, texts] : widestTexts) {
-            const auto* edit = Control<QLineEdit>(id);
-            ASSERT_NE(edit, nullptr) << id;
-            constexpr int frameAndMargins = 12;
-            EXPECT_GE(edit->height(), edit->minimumSizeHint().height()) << id;
-            for (const std::string& text : texts)
-                EXPECT_GE(edit->width() - frameAndMargins,
-                          edit->fontMetrics().horizontalAdvance(QString::fromStdString(text)))
-                    << id << ": " << text;
-        }
-    }
-
-    /// Of the widgets that lie in the same one.
-    void ExpectThatNothingOverlaps() {
-        QList<QWidget*> parents{m_panel, m_panel->findChild<QScrollArea*>()->widget()};
-        for (QGroupBox* group : m_panel->findChildren<QGroupBox*>())
-            parents.append(group);
-        for (const QWidget* parent : parents) {
-            const auto children = parent->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
-            for (qsizetype i = 0; i < children.size(); ++i) {
-                EXPECT_TRUE(parent->rect().contains(children[i]->geometry()))
-                    << children[i]->objectName().toStdString();
-                for (qsizetype j = i + 1; j < children.size(); ++j)
-                    EXPECT_FALSE(children[i]->geometry().intersects(children[j]->geometry()))
-                        << children[i]->objectName().toStdString() << " and "
-                        << children[j]->objectName().toStdString();
-            }
-        }
+    void ExpectThatEverythingFits() {
+        ExpectThatNothingIsCutOff(*m_panel, WidestTextsOf(137));
+        ExpectThatNothingOverlaps(*m_panel);
     }
 
     QtMachine m_machine;
@@ -175,7 +96,7 @@ TEST_F(ControlPanelLayout, HasTheLabelBesideEachEdit) {
         {"Laplace M", {1001}},     {"Modifed L", {1036}},     {"Deviation", {1037}},
         {"Focus", {1038}},         {"EdgeShp", {1039}}};
     for (const auto& [text, ids] : leftOf) {
-        const QLabel* label = LabelOf(text);
+        const QLabel* label = LabelOf(*m_panel, text);
         ASSERT_NE(label, nullptr) << text;
         for (const int id : ids) {
             EXPECT_NEAR(Place(*label).center().y(), Place(*Control(id)).center().y(), 2) << text;
@@ -189,7 +110,7 @@ TEST_F(ControlPanelLayout, HasTheLabelBesideEachEdit) {
                                                            {"by X max", {1017}},
                                                            {"by Y max", {1018}}};
     for (const auto& [text, ids] : above) {
-        const QLabel* label = LabelOf(text);
+        const QLabel* label = LabelOf(*m_panel, text);
         ASSERT_NE(label, nullptr) << text;
         for (const int id : ids) {
             EXPECT_NEAR(Place(*label).center().x(), Place(*Control(id)).center().x(), 2) << text;
@@ -220,27 +141,18 @@ TEST_F(ControlPanelLayout, DrawsThePathFromTheOriginUpInRowsAndBack) {
     EXPECT_NEAR(upwards.begin()->first, origin.center().y(), 2);
     EXPECT_NEAR(upwards.begin()->first, farX.center().y(), 2);
     EXPECT_NEAR(upwards.rbegin()->first, farY.center().y(), 2);
-    const QLabel* back = LabelOf("v\nv\nv\nv\nv\nv\nv");
+    const QLabel* back = LabelOf(*m_panel, "v\nv\nv\nv\nv\nv\nv");
     ASSERT_NE(back, nullptr);
     EXPECT_NEAR(Place(*back).center().x(), origin.center().x(), 2);
     EXPECT_LT(Place(*back).bottom(), origin.top());
     EXPECT_GT(Place(*back).top(), farY.bottom());
 }
 
-TEST_F(ControlPanelLayout, CutsNothingOffAndLetsNothingOverlap) {
-    Show();
-    ExpectThatNothingIsCutOff();
-    ExpectThatNothingOverlaps();
-}
-
 TEST_F(ControlPanelLayout, CutsNothingOffInLargeLetters) {
-    QFont font = QApplication::font();
-    font.setPointSizeF(font.pointSizeF() * 1.25);
-    QApplication::setFont(font);
+    EnlargeLetters(1.25);
     Show();
     EXPECT_LE(m_panel->width(), 800);
-    ExpectThatNothingIsCutOff();
-    ExpectThatNothingOverlaps();
+    ExpectThatEverythingFits();
 }
 
 TEST_F(ControlPanelLayout, FitsBesideTheMainWindow) {
@@ -262,8 +174,7 @@ TEST_F(ControlPanelLayout, KeepsWithinALowScreenAndReachesEverythingByScrolling)
     auto* area = m_panel->findChild<QScrollArea*>();
     EXPECT_GT(area->verticalScrollBar()->maximum(), 0);
     EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0);
-    ExpectThatNothingIsCutOff();
-    ExpectThatNothingOverlaps();
+    ExpectThatEverythingFits();
     for (const int id : {1013, 1032, 1006, 1007})
         EXPECT_TRUE(m_panel->rect().contains(Place(*Control(id)))) << id << " is always in sight";
     auto* last = Control<QPushButton>(1023);
@@ -302,30 +213,10 @@ TEST_F(ControlPanelLayout, IsNarrowerWhereThatKeepsTheMainWindowUncovered) {
     EXPECT_LT(m_panel->width(), panelWidth);
     EXPECT_FALSE(m_panel->frameGeometry().intersects(QtMachine::TopLevel("Main")->frameGeometry()));
     EXPECT_TRUE(screen.contains(m_panel->frameGeometry()));
-    ExpectThatNothingIsCutOff();
-    ExpectThatNothingOverlaps();
+    ExpectThatEverythingFits();
     m_machine.ui.dialogs.DestroyModeless(m_handle);
     m_machine.ui.windows.Destroy(owner);
     m_machine.DispatchAll();
-}
-
-TEST_F(ControlPanelLayout, LeadsTheTabKeyThroughWhatCanBeDoneFromTopToBottom) {
-    Show();
-    const std::vector<int> expected = {1002, 1021, 1022, 1027, 1042, 1029, 1011, 1012, 1015, 1010,
-                                       1008, 1009, 1026, 1004, 1016, 1024, 1023, 1013, 1014, 1032};
-    Control(expected.front())->setFocus(Qt::TabFocusReason);
-    m_machine.DispatchAll();
-    std::vector<int> visited;
-    for (std::size_t i = 0; i <= expected.size(); ++i) {
-        const QWidget* focused = QApplication::focusWidget();
-        ASSERT_NE(focused, nullptr);
-        visited.push_back(focused->property("controlId").toInt());
-        operator_input::Type(*focused, Qt::Key_Tab, Qt::NoModifier, QStringLiteral("\t"));
-        m_machine.DispatchAll();
-    }
-    std::vector<int> around = expected;
-    around.push_back(expected.front());
-    EXPECT_EQ(visited, around);
 }
 
 TEST_F(ControlPanelLayout, LetsWhatTheProgramWritesBeSelectedByTheMouse) {
@@ -337,22 +228,9 @@ TEST_F(ControlPanelLayout, LetsWhatTheProgramWritesBeSelectedByTheMouse) {
     }
 }
 
-TEST_F(ControlPanelLayout, ShowsReadOnlyEditsAsOutputsAndKeepsADisabledOneReadable) {
-    Show();
-    const QColor window = m_panel->palette().color(QPalette::Active, QPalette::Window);
-    const QColor text = m_panel->palette().color(QPalette::Active, QPalette::WindowText);
-    for (const auto& [id, texts] : widestTexts) {
-        const auto* edit = Control<QLineEdit>(id);
-        const QPalette::ColorGroup group = edit->isEnabled() ? QPalette::Active : QPalette::Disabled;
-        EXPECT_EQ(edit->palette().color(group, QPalette::Base) == window, edit->isReadOnly()) << id;
-        EXPECT_EQ(edit->palette().color(group, QPalette::Text), text) << id;
-    }
-    EXPECT_FALSE(Control(1005)->isEnabled());
-}
-
 TEST_F(ControlPanelLayout, TellsWhatButtonsAndFiguresAreForUnderThePointer) {
     Show();
-    for (const auto& [id, texts] : widestTexts)
+    for (const auto& [id, texts] : WidestTextsOf(137))
         EXPECT_FALSE(Control(id)->toolTip().isEmpty()) << id;
     std::set<std::string> different;
     for (const QAbstractButton* button : m_panel->findChildren<QAbstractButton*>())

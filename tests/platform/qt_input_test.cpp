@@ -253,14 +253,23 @@ TEST_F(QtInput, SendsEveryMenuEntryAsACommandThroughTheQueue) {
     }
 }
 
-TEST_F(QtInput, ReachesTheMenuByKeys) {
-    operator_input::Type(*m_view, Qt::Key_F, Qt::AltModifier, QStringLiteral("f"));
-    TakeAll();
-    ASSERT_TRUE(MenuAt(0).isVisible());
-    operator_input::Type(MenuAt(0), Qt::Key_X, Qt::NoModifier, QStringLiteral("x"));
-    const std::vector<Message> commands = OfKind(TakeAll(), MessageKind::Command);
-    ASSERT_EQ(commands.size(), 1U);
-    EXPECT_EQ(commands[0].parameter, 105U);
+TEST_F(QtInput, ReachesTheMenuByTheKeysThatItsTextsMark) {
+    struct Way {
+        int menu;
+        Qt::Key menuKey;
+        Qt::Key entryKey;
+        std::uint32_t command;
+    };
+    for (const Way& way : {Way{0, Qt::Key_F, Qt::Key_X, 105}, Way{5, Qt::Key_H, Qt::Key_A, 104}}) {
+        operator_input::Type(*m_view, way.menuKey, Qt::AltModifier, QString(QChar(way.menuKey)).toLower());
+        TakeAll();
+        ASSERT_TRUE(MenuAt(way.menu).isVisible());
+        operator_input::Type(MenuAt(way.menu), way.entryKey, Qt::NoModifier,
+                             QString(QChar(way.entryKey)).toLower());
+        const std::vector<Message> commands = OfKind(TakeAll(), MessageKind::Command);
+        ASSERT_EQ(commands.size(), 1U);
+        EXPECT_EQ(commands[0].parameter, way.command);
+    }
     EXPECT_EQ(m_procedure.Count(MessageKind::KeyDown), 0U);
 }
 

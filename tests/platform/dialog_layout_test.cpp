@@ -187,6 +187,19 @@ TEST_P(DialogLayout, HasRealLettersForEveryText) {
 
 INSTANTIATE_TEST_SUITE_P(Resources, DialogLayout, testing::Values(103, 129, 130, 137, 141));
 
+/// Whose controls are not plain from their texts alone.
+class DialogWithToolTips : public DialogLayout {};
+
+TEST_P(DialogWithToolTips, TellsWhatEachControlIsForUnderThePointer) {
+    for (const QWidget* widget : shown.Widget().findChildren<QWidget*>()) {
+        if (!widget->property("controlId").isValid() || widget->inherits("QAbstractItemView"))
+            continue;
+        EXPECT_FALSE(widget->toolTip().isEmpty()) << widget->objectName().toStdString();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Resources, DialogWithToolTips, testing::Values(129, 130, 137, 141));
+
 TEST(DialogLetters, AreMissedWhereThereAreNone) {
     const QtMachine machine;
     EXPECT_FALSE(HasLettersFor(QString(QChar(0x0378)), QApplication::font())) << "no character at all";

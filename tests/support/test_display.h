@@ -99,15 +99,20 @@ public:
     /// What is on the screen; the last one of each name is kept as a PNG file. Looking is quick, so that it
     /// can be done again and again; the files are made at the end.
     std::optional<Picture> Screenshot(const std::filesystem::path& file) {
-        const std::string quick = QuickFile(file);
-        m_screenshots.insert(file);
-        RunProgram("import", {"-window", "root", "-depth", "8", quick}, Environment());
-        const std::string bytes = ReadText(quick);
+        Keep(file, {"-window", "root"});
+        const std::string bytes = ReadText(QuickFile(file));
         QtPictureFiles pictures;
         auto decoded = pictures.Decode({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
         if (Picture* picture = std::get_if<Picture>(&decoded))
             return std::move(*picture);
         return std::nullopt;
+    }
+
+    /// Of one window with the frame around it.
+    void WindowScreenshot(const std::string& title, const std::filesystem::path& file) {
+        const std::vector<std::string> windows = Windows(title);
+        if (!windows.empty())
+            Keep(file, {"-window", windows.front(), "-frame"});
     }
 
     /// A few pixels, as a PPM file holds them.
@@ -139,6 +144,11 @@ public:
 
 private:
     static std::string QuickFile(const std::filesystem::path& file) { return file.string() + ".ppm"; }
+    void Keep(const std::filesystem::path& file, std::vector<std::string> whatToImport) {
+        m_screenshots.insert(file);
+        whatToImport.insert(whatToImport.end(), {"-depth", "8", QuickFile(file)});
+        RunProgram("import", whatToImport, Environment());
+    }
     std::string Environment() const { return "DISPLAY=" + m_name + " "; }
     ProgramRun Operate(const std::vector<std::string>& arguments) const {
         return RunProgram("xdotool", arguments, Environment());

@@ -45,6 +45,8 @@ inline const std::map<std::string, std::pair<int, int>> menuPlaces = {
     {"Blue image", {2, 2}},
     {"Original image", {2, 3}},
     {"Show BackGround", {2, 4}},
+    {"BackGround fitting", {2, 5}},
+    {"Configuration", {3, 0}},
     {"Find Single Layers", {3, 1}},
     {"Noise Rejection", {3, 2}},
     {"Grouping", {3, 3}},

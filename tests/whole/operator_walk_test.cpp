@@ -106,6 +106,14 @@ protected:
     /// The whole screen, as one of the manual's pictures.
     void Keep(const std::string& name) { display.Screenshot(pictures / (name + ".png")); }
 
+    /// With this dialog, once it is drawn.
+    void KeepWith(const std::string& title, const std::string& name) {
+        const std::string grey = "\xef\xef\xef";
+        ASSERT_TRUE(Eventually([&] { return display.PartOfWindow(title, 4, 4, 1, 1).ends_with(grey); }))
+            << title;
+        Keep(name);
+    }
+
     std::optional<Picture> Look() { return display.Screenshot(screenshots / "walk-now.png"); }
 
     std::string PieceOfImage() const {
@@ -165,11 +173,6 @@ protected:
         return PanelText(panel::positionX) + PanelText(panel::positionY) + PanelText(panel::positionZ);
     }
 
-    void ClickPanelAndWait(int controlId) {
-        ClickPanel(controlId);
-        WaitUntilLive();
-    }
-
     void MoveByPanel(double x, double y) {
         const std::string boxes = PositionBoxes();
         TypeIntoPanel(panel::targetX, std::to_string(std::lround(x)));
@@ -219,8 +222,8 @@ protected:
     // The steps.
 
     void StartAndSeeTheWafer() {
-        Start();
-        WaitForTheWafer();
+        ASSERT_NO_FATAL_FAILURE(Start());
+        ASSERT_NO_FATAL_FAILURE(WaitForTheWafer());
         FindImage();
         Keep("01-start");
     }
@@ -230,7 +233,7 @@ protected:
         const PlaceOnWafer flake = SingleLayerNear({1500.0, 1500.0}, 300.0, Path("truth.json"));
         const double x = std::round((flake.x + (imageWidth / 2 - flakeColumn) / pixelsPerUm) / 5.0) * 5.0;
         const double y = std::round((flake.y - (imageHeight / 2 - flakeRow) / pixelsPerUm) / 5.0) * 5.0;
-        MoveByPanel(x, y);
+        ASSERT_NO_FATAL_FAILURE(MoveByPanel(x, y));
         Menu("Stop/Start Grabbing");
         WaitUntilStill();
         const std::string still = PieceOfImage();
@@ -241,9 +244,8 @@ protected:
         display.Click(imageLeft + column, imageTop + row);
         const std::string title = "Pixel Analysis at Position: ." + std::to_string(column) + "," +
                                   std::to_string(imageHeight - row) + ".";
-        const bool isShown = Eventually([&] { return display.Shows(title); });
-        Keep("02-probe");
-        ASSERT_TRUE(isShown) << title;
+        ASSERT_TRUE(Eventually([&] { return display.Shows(title); })) << title;
+        KeepWith(title, "02-probe");
         display.Keys({"Return"}); // Yes
         ASSERT_TRUE(Eventually([this] { return !display.Shows("Pixel Analysis"); }));
     }
@@ -255,8 +257,8 @@ protected:
     }
 
     void WatchTheCandidates() {
-        OpenContrastDialog();
-        Keep("03-configuration");
+        ASSERT_NO_FATAL_FAILURE(OpenContrastDialog());
+        KeepWith(contrastTitle, "03-configuration");
         EXPECT_EQ(CandidatesOnImage(), 0) << "nothing is looked for yet";
         const int wide = CandidatesAfter(contrast::toleranceUp, contrast::tolerance);
         const int narrow = CandidatesAfter(contrast::toleranceDown, contrast::tolerance);
@@ -304,7 +306,8 @@ protected:
     }
 
     void SetTheOrigin() {
-        MoveByPanel(originX, originY);
+        ASSERT_NO_FATAL_FAILURE(MoveByPanel(originX, originY));
+        originXText = PanelText(panel::positionX);
         TypeIntoPanel(panel::xRange, "3");
         TypeIntoPanel(panel::yRange, "2");
         const std::string before = PanelText(panel::information);
@@ -324,15 +327,15 @@ protected:
     /// From X max to Y max both axes go, X the longer way, which is the one that is waited for. Y is known to
     /// have arrived once it is sent there again.
     void FocusAtThreePlaces() {
-        RaiseByKey();
-        RaiseByKey();
-        GoTo(panel::goToOrigin, originX, originY);
-        Focus(originX, originY, panel::depthAtOrigin);
-        GoTo(panel::goToFarX, farX, originY);
-        Focus(farX, originY, panel::depthAtFarX);
-        GoTo(panel::goToFarY, originX, farY);
-        GoTo(panel::goToFarY, originX, farY);
-        Focus(originX, farY, panel::depthAtFarY);
+        ASSERT_NO_FATAL_FAILURE(RaiseByKey());
+        ASSERT_NO_FATAL_FAILURE(RaiseByKey());
+        ASSERT_NO_FATAL_FAILURE(GoTo(panel::goToOrigin, originX, originY));
+        ASSERT_NO_FATAL_FAILURE(Focus(originX, originY, panel::depthAtOrigin));
+        ASSERT_NO_FATAL_FAILURE(GoTo(panel::goToFarX, farX, originY));
+        ASSERT_NO_FATAL_FAILURE(Focus(farX, originY, panel::depthAtFarX));
+        ASSERT_NO_FATAL_FAILURE(GoTo(panel::goToFarY, originX, farY));
+        ASSERT_NO_FATAL_FAILURE(GoTo(panel::goToFarY, originX, farY));
+        ASSERT_NO_FATAL_FAILURE(Focus(originX, farY, panel::depthAtFarY));
         Keep("08-depths");
     }
 
@@ -374,12 +377,13 @@ protected:
     void StopTheScan() {
         ClickPanel(panel::stop);
         ASSERT_TRUE(Eventually([this] { return display.Shows(questionTitle); }));
-        Keep("11-stop-question");
+        KeepWith(questionTitle, "11-stop-question");
         display.Activate(questionTitle);
         display.Keys({"Return"}); // Yes
         ASSERT_TRUE(Eventually([this] { return ReportSays(R"("end":"stopped")"); }));
         EXPECT_TRUE(Eventually([this] { return StandsAt(originX, originY); }));
         WaitUntilLive();
+        EXPECT_EQ(PanelText(panel::positionX), originXText) << "back at the origin";
         Keep("12-stopped");
     }
 
@@ -418,13 +422,14 @@ protected:
     }
 
     void FindTheSettingsAgain() {
-        Start();
-        WaitForTheWafer();
+        ASSERT_NO_FATAL_FAILURE(Start());
+        ASSERT_NO_FATAL_FAILURE(WaitForTheWafer());
         EXPECT_EQ(PanelText(panel::xRange), rangeTexts[0]);
         EXPECT_EQ(PanelText(panel::yRange), rangeTexts[1]);
-        OpenContrastDialog();
+        ASSERT_NO_FATAL_FAILURE(OpenContrastDialog());
         for (std::size_t i = 0; i < rememberedEdits.size(); ++i)
-            EXPECT_EQ(ContrastText(rememberedEdits[i]), contrastTexts[i]) << rememberedEdits[i];
+            EXPECT_TRUE(Eventually([&] { return ContrastText(rememberedEdits[i]) == contrastTexts[i]; }))
+                << rememberedEdits[i];
         Keep("14-settings-again");
         ClickContrast(contrast::done);
         ASSERT_TRUE(Eventually([this] { return !display.Shows(contrastTitle); }));
@@ -475,6 +480,7 @@ protected:
     static constexpr int fewestLabelPixels = 50;
     static constexpr std::array<int, 5> rememberedEdits = {contrast::red, contrast::green, contrast::blue,
                                                            contrast::tolerance, contrast::scoreThreshold};
+    std::string originXText;
     std::vector<std::string> contrastTexts;
     std::vector<std::string> rangeTexts;
 };
@@ -503,13 +509,17 @@ protected:
         display.WindowScreenshot(title, pictures / (name + ".png"));
     }
 
-    /// Opens a dialog by the menu, and closes it by a key.
-    void KeepDialog(const std::string& entry, const std::string& title, const std::string& name,
-                    const char* closingKey) {
+    /// Live images come between what the program draws: once there are new ones, a dialog is there as a
+    /// whole.
+    void OpenAndKeep(const std::string& entry, const std::string& title, const std::string& name) {
         Menu(entry);
         ASSERT_TRUE(Eventually([&] { return display.ActiveTitle() == title + "\n"; })) << title;
+        WaitUntilLive();
         KeepWindow(title, name);
-        display.Keys({closingKey});
+    }
+
+    void CloseByKey(const char* key, const std::string& title) {
+        display.Keys({key});
         ASSERT_TRUE(Eventually([&] { return !display.Shows(title); })) << title;
     }
 
@@ -528,9 +538,11 @@ TEST_F(OperatorDialogs, ShowTheMotorControllerTheStageAndThePort) {
     KeepWindow(popupTitle, "23-motor-controller");
     display.Close(popupTitle);
     ASSERT_TRUE(Eventually([this] { return !display.Shows(popupTitle); }));
-    KeepDialog("XY Stage Configuration", "XYZ stage Configuration", "20-port", "Escape");
-    KeepDialog("Setting XY stage", "XYZ stage configuration", "21-stage", "Escape");
-    KeepDialog("Information", "About Tessaro", "22-about", "Return");
+    OpenAndKeep("Information", "About Tessaro", "22-about");
+    CloseByKey("Return", "About Tessaro");
+    OpenAndKeep("Setting XY stage", "XYZ stage configuration", "21-stage");
+    CloseByKey("Escape", "XYZ stage configuration");
+    OpenAndKeep("XY Stage Configuration", "XYZ stage Configuration", "20-port");
     Exit();
 }
 

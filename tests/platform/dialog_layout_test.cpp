@@ -4,7 +4,7 @@
 #include "tests/platform/operator_input.h"
 #include "tests/platform/qt_machine.h"
 #include "tests/platform/recording_procedures.h"
-#include "tests/support/panel_places.h"
+#include "tests/support/contrast_places.h"
 
 #include <QAccessible>
 #include <QGroupBox>
@@ -186,6 +186,19 @@ TEST_P(DialogLayout, HasRealLettersForEveryText) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Resources, DialogLayout, testing::Values(103, 129, 130, 137, 141));
+
+TEST(ContrastDialogLayout, HasItsControlsWhereTheTestsOfTheProgramClick) {
+    ShownDialog shown(129);
+    for (const auto& [id, place] : contrastPlaces) {
+        const QRect rect = Place(*ControlOf(shown.Widget(), id));
+        const bool read = ControlOf(shown.Widget(), id)->inherits("QLineEdit");
+        const QRect around = read ? QRect(place.x - contrastTextReach, place.y - contrastTextHalfHeight,
+                                          2 * contrastTextReach, 2 * contrastTextHalfHeight)
+                                  : QRect(place.x, place.y, 1, 1);
+        EXPECT_TRUE(rect.contains(around)) << id << " lies from " << rect.left() << ", " << rect.top()
+                                           << " to " << rect.right() << ", " << rect.bottom();
+    }
+}
 
 /// Whose controls are not plain from their texts alone.
 class DialogWithToolTips : public DialogLayout {};

@@ -1,12 +1,8 @@
 #include "app/settings.h"
 #include "support/running_twin.h"
 #include "support/sanitizer.h"
+#include "whole/wafer_truth.h"
 #include "whole/window_driver.h"
-
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <gtest/gtest.h>
 
@@ -30,11 +26,6 @@ constexpr double frameMiddleY = 514.0;
 
 constexpr int liveFramesASecond = addressSanitizer ? 4 : 8; // of ten, as often as the test can look
 
-struct Place {
-    double x = 0.0; // um
-    double y = 0.0;
-};
-
 /// The operator's program with the simulated microscope behind it. A single layer lies left of the image's
 /// middle.
 class CameraWindow : public WindowDriver {
@@ -46,37 +37,21 @@ protected:
             TESSARO_TWIN,
             std::vector<std::string>{"--wafer-mm", "1.5", "--seed", "5", "--truth", truth, "--quiet"});
         ASSERT_TRUE(twin->IsReady()) << twin->Errors();
-        flake = SingleLayer(truth);
+        flake = SingleLayerNear({750.0, 750.0}, 400.0, truth);
         MoveStage({flake.x + 80.0, flake.y});
         arguments = {"--camera", "127.0.0.1", "--stage-port", "none"};
     }
 
-    /// A single layer of some size with room around it for the field.
-    static Place SingleLayer(const std::string& truthFile) {
-        QFile file(QString::fromStdString(truthFile));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        for (const QJsonValue value : QJsonDocument::fromJson(file.readAll()).object()["flakes"].toArray()) {
-            const QJsonObject known = value.toObject();
-            const QJsonArray centre = known["centre"].toArray();
-            const Place place = {centre[0].toDouble(), centre[1].toDouble()};
-            const bool isWellInside = std::abs(place.x - 750.0) < 400.0 && std::abs(place.y - 750.0) < 400.0;
-            if (known["layers"].toInt() == 1 && known["area"].toDouble() > 250.0 && isWellInside)
-                return place;
-        }
-        ADD_FAILURE() << "the wafer has no such flake";
-        return {};
-    }
-
-    void MoveStage(Place place) {
+    void MoveStage(PlaceOnWafer place) {
         stage = place;
         EXPECT_EQ(twin->Say("move " + std::to_string(place.x) + "," + std::to_string(place.y) + ",0"), "ok");
     }
 
     // Where a place of the wafer shows, in image pixels.
-    int ColumnOf(Place place) const {
+    int ColumnOf(PlaceOnWafer place) const {
         return static_cast<int>(std::lround(frameMiddleX + (place.x - stage.x) * pixelsPerUm));
     }
-    int RowOf(Place place) const {
+    int RowOf(PlaceOnWafer place) const {
         return static_cast<int>(std::lround(frameMiddleY - (place.y - stage.y) * pixelsPerUm));
     }
 
@@ -180,8 +155,8 @@ protected:
     static constexpr int beyondFlake = 60; // pixels: bare substrate
 
     std::unique_ptr<RunningTwin> twin;
-    Place flake;
-    Place stage;
+    PlaceOnWafer flake;
+    PlaceOnWafer stage;
     Intensity seen = {};
 };
 

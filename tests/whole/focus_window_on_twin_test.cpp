@@ -1,13 +1,11 @@
 #include "scan/control_panel_ids.h"
-#include "support/twin_stage.h"
-#include "whole/window_driver.h"
+#include "whole/window_on_twin.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -47,14 +45,11 @@ std::vector<CurveLine> CurveOf(const std::string& text) {
 }
 
 /// The operator's program looks at the simulated wafer from a height above its focus.
-class FocusWindowOnTwin : public WindowDriver {
+class FocusWindowOnTwin : public WindowOnTwin {
 protected:
     void StartAt(const std::string& place, const std::vector<std::string>& extra = {}) {
-        std::vector<std::string> options = stage.Options();
-        options.insert(options.end(), {"--seed", "5", "--focus-z", "40", "--at", place, "--quiet"});
-        twin = std::make_unique<RunningTwin>(TESSARO_TWIN, options);
-        ASSERT_TRUE(twin->IsReady()) << twin->Errors();
-        arguments = {"--camera", "127.0.0.1", "--stage-port", stage.LinkPath(), "--focus-curve", CurveFile()};
+        ASSERT_NO_FATAL_FAILURE(StartTwin({"--seed", "5", "--focus-z", "40", "--at", place}));
+        arguments.insert(arguments.end(), {"--focus-curve", CurveFile()});
         arguments.insert(arguments.end(), extra.begin(), extra.end());
         Start();
         WaitForTheWafer();
@@ -81,35 +76,7 @@ protected:
         EXPECT_TRUE(Eventually([this] { return Stands(); }, std::chrono::seconds(2)));
     }
 
-    /// The camera is adjusted: the image is as bright as before, time and again. The contrast of a field that
-    /// grows darker looks like one that gets out of focus.
-    void WaitForTheWafer() {
-        double last = 0.0;
-        int alike = 0;
-        ASSERT_TRUE(Eventually([&] {
-            const double brightness = Brightness();
-            alike = brightness > 100.0 && std::abs(brightness - last) < 0.3 ? alike + 1 : 0;
-            last = brightness;
-            return alike >= 4;
-        }));
-    }
-
-    /// Mean of many pixels of the image.
-    double Brightness() {
-        const auto screen = display.Screenshot(screenshots / "focus-wafer.png");
-        double sum = 0.0;
-        int count = 0;
-        for (int y = 100; screen.has_value() && y < 1000; y += 5)
-            for (int x = 50; x < 1200; x += 5, ++count)
-                sum += screen->Pixel(x, y)[1];
-        return count == 0 ? 0.0 : sum / count;
-    }
-
-    double Z() { return TwinStage::Place(*twin)[2]; }
-    bool Stands() { return !TwinStage::Moves(*twin); }
-
-    TwinStage stage{home.Path().string()};
-    std::unique_ptr<RunningTwin> twin;
+    double Z() { return Where()[2]; }
 };
 
 TEST_F(FocusWindowOnTwin, ComesIntoFocusByTheMenu) {

@@ -173,13 +173,16 @@ protected:
         return PanelText(panel::positionX) + PanelText(panel::positionY) + PanelText(panel::positionZ);
     }
 
+    /// At whatever height.
+    bool IsAbove(double x, double y) { return StandsAt({x, y, Where()[2]}); }
+
     void MoveByPanel(double x, double y) {
         const std::string boxes = PositionBoxes();
         TypeIntoPanel(panel::targetX, std::to_string(std::lround(x)));
         TypeIntoPanel(panel::targetY, std::to_string(std::lround(y)));
         ClickPanel(panel::move);
         ASSERT_TRUE(
-            Eventually([&] { return StandsAt(x, y) && IsIdle() && PositionBoxes() != boxes; }, patience));
+            Eventually([&] { return IsAbove(x, y) && IsIdle() && PositionBoxes() != boxes; }, patience));
         WaitUntilLive();
     }
 
@@ -343,7 +346,7 @@ protected:
         const std::size_t commands = stage.Commands().size();
         ClickPanel(button);
         ASSERT_TRUE(Eventually(
-            [&] { return stage.Commands().size() > commands && StandsAt(x, y) && IsIdle(); }, patience));
+            [&] { return stage.Commands().size() > commands && IsAbove(x, y) && IsIdle(); }, patience));
         WaitUntilLive();
     }
 
@@ -381,7 +384,7 @@ protected:
         display.Activate(questionTitle);
         display.Keys({"Return"}); // Yes
         ASSERT_TRUE(Eventually([this] { return ReportSays(R"("end":"stopped")"); }));
-        EXPECT_TRUE(Eventually([this] { return StandsAt(originX, originY); }));
+        EXPECT_TRUE(Eventually([this] { return IsAbove(originX, originY); }));
         WaitUntilLive();
         EXPECT_EQ(PanelText(panel::positionX), originXText) << "back at the origin";
         Keep("12-stopped");

@@ -1,6 +1,5 @@
 #include "scan/control_panel_ids.h"
-#include "support/twin_stage.h"
-#include "whole/window_driver.h"
+#include "whole/window_on_twin.h"
 
 #include <gtest/gtest.h>
 
@@ -15,39 +14,22 @@ namespace tessaro {
 namespace {
 
 using ScreenPlace = std::pair<int, int>; // pixels of the screen
-using Position = std::array<double, 3>;
 
 constexpr std::array<int, 3> targetEdits = {panel::targetX, panel::targetY, panel::targetZ};
 constexpr ScreenPlace plusX{1131, 860}; // in the motor controller
-constexpr double stepUm = 0.625;
 
 /// The operator's program with the simulated microscope's stage and camera behind it.
-class StageWindowOnTwin : public WindowDriver {
+class StageWindowOnTwin : public WindowOnTwin {
 protected:
     void SetUp() override {
-        WindowDriver::SetUp();
-        std::vector<std::string> options = stage.Options();
-        options.insert(options.end(), {"--wafer-mm", "4", "--seed", "5", "--at", "1000,1000,0", "--quiet"});
-        twin = std::make_unique<RunningTwin>(TESSARO_TWIN, options);
-        ASSERT_TRUE(twin->IsReady()) << twin->Errors();
-        arguments = {"--camera", "127.0.0.1", "--stage-port", stage.LinkPath()};
+        WindowOnTwin::SetUp();
+        StartTwin({"--wafer-mm", "4", "--seed", "5", "--at", "1000,1000,0"});
     }
 
     bool WasTold(const std::string& order) const {
         const std::vector<std::string> orders = stage.Orders();
         return std::find(orders.begin(), orders.end(), order) != orders.end();
     }
-
-    Position Where() { return TwinStage::Place(*twin); }
-
-    bool Stands(const Position& at) {
-        const Position now = Where();
-        return std::abs(now[0] - at[0]) < stepUm && std::abs(now[1] - at[1]) < stepUm &&
-               std::abs(now[2] - at[2]) < stepUm;
-    }
-
-    /// The wait for a move ends with a question where the axis is.
-    bool IsIdle() { return !TwinStage::Moves(*twin) && TwinStage::IsQuestion(stage.Commands().back()); }
 
     /// A key that comes while another is worked on is dropped, so it is pressed until it is obeyed.
     void PressUntil(const std::string& key, const std::string& order) {
@@ -68,23 +50,10 @@ protected:
         return screen.has_value() && screen->Pixel(plusX.first - reach, plusX.second - reach)[0] == 200;
     }
 
-    /// The camera is adjusted, and what is shown stays as it is but for noise.
-    void WaitForTheWafer() {
-        ASSERT_TRUE(Eventually([this] {
-            const auto screen = display.Screenshot(screenshots / "stage-wafer.png");
-            return screen.has_value() && screen->Pixel(620, 300)[1] > 100 &&
-                   screen->Pixel(30, 300)[1] > 100 && screen->Pixel(620, 900)[1] > 100 &&
-                   screen->Pixel(330, 600)[1] > 100;
-        }));
-    }
-
     /// A few pixels of the image.
     std::string Image() const { return display.PartOfScreen(600, 500) + display.PartOfScreen(300, 300); }
 
     void TypeTarget(std::size_t axis, const std::string& um) { TypeIntoPanel(targetEdits.at(axis), um); }
-
-    TwinStage stage{home.Path().string()};
-    std::unique_ptr<RunningTwin> twin;
 };
 
 TEST_F(StageWindowOnTwin, AsksWhereTheStageIsAndTellsTwoSpeedsAtTheStart) {
@@ -92,7 +61,7 @@ TEST_F(StageWindowOnTwin, AsksWhereTheStageIsAndTellsTwoSpeedsAtTheStart) {
     EXPECT_EQ(stage.Commands(), (std::vector<std::string>{"z", "p", "P", "Q", "S2400", "T2400"}));
     display.Screenshot(screenshots / "stage-on-twin.png");
     Exit();
-    EXPECT_TRUE(Stands({0.0, 0.0, 0.0})) << "at the end it goes to the scan origin";
+    EXPECT_TRUE(StandsAt({0.0, 0.0, 0.0})) << "at the end it goes to the scan origin";
     EXPECT_EQ(stage.Orders(), (std::vector<std::string>{"z", "S2400", "T2400", "m0", "M0"}));
 }
 
@@ -111,7 +80,7 @@ TEST_F(StageWindowOnTwin, MovesTheWaferUnderTheLensByKeysWithTheBoxesFollowing) 
         EXPECT_TRUE(Eventually([&] { return PositionBoxes() != boxes; })) << key;
         EXPECT_TRUE(Eventually([&] { return Image() != image; })) << key;
         if (i < 4) {
-            EXPECT_TRUE(Eventually([&] { return Stands(target); })) << key;
+            EXPECT_TRUE(Eventually([&] { return StandsAt(target); })) << key;
         }
     }
     display.Screenshot(screenshots / "stage-moved-by-keys.png");
@@ -128,7 +97,7 @@ TEST_F(StageWindowOnTwin, GoesToTheTargetsOfThePanelOneAfterTheOther) {
     const std::string image = Image();
     const std::string boxes = PositionBoxes();
     ClickPanel(panel::move);
-    EXPECT_TRUE(Eventually([this] { return Stands({1500, 700, 20}) && IsIdle(); }));
+    EXPECT_TRUE(Eventually([this] { return StandsAt({1500, 700, 20}) && IsIdle(); }));
     const std::vector<std::string> all = stage.Orders();
     EXPECT_EQ(std::vector<std::string>(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()),
               (std::vector<std::string>{"M1600", "m2400", "m2400", "M1120", "L32"}));
@@ -146,9 +115,9 @@ TEST_F(StageWindowOnTwin, GoesWhereTheStageDialogSends) {
     display.Keys({"Tab", "ctrl+a"});
     display.Type("80");
     display.Keys({"Tab", "space"}); // Go
-    EXPECT_TRUE(Eventually([this] { return Stands({1200, 800, 0}) && IsIdle(); }));
+    EXPECT_TRUE(Eventually([this] { return StandsAt({1200, 800, 0}) && IsIdle(); }));
     display.Keys({"Tab", "space"}); // Go to origin
-    EXPECT_TRUE(Eventually([this] { return Stands({0, 0, 0}) && IsIdle(); }));
+    EXPECT_TRUE(Eventually([this] { return StandsAt({0, 0, 0}) && IsIdle(); }));
     display.Screenshot(screenshots / "stage-dialog-on-twin.png");
     display.Keys({"Escape"});
     ASSERT_TRUE(Eventually([this] { return !display.Shows("XYZ stage configuration"); }));
@@ -199,7 +168,7 @@ TEST_F(StageWindowOnTwin, ComesBackByInitializeAfterItsLineHadGone) {
     ASSERT_TRUE(Eventually([this] { return stage.Commands().size() == 12; })) << "opened twice";
     GiveKeysToTheWindow();
     PressUntil("Up", "M2240");
-    EXPECT_TRUE(Eventually([this] { return Stands({1000, 1400, 0}); }));
+    EXPECT_TRUE(Eventually([this] { return StandsAt({1000, 1400, 0}); }));
     Exit();
 }
 

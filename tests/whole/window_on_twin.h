@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,9 +31,12 @@ protected:
     Position Where() { return TwinStage::Place(*twin); }
     bool Stands() { return !TwinStage::Moves(*twin); }
 
-    bool StandsAt(double x, double y) {
+    bool StandsAt(const Position& at) {
         const Position now = Where();
-        return std::abs(now[0] - x) < stepUm && std::abs(now[1] - y) < stepUm && Stands();
+        for (std::size_t axis = 0; axis < at.size(); ++axis)
+            if (std::abs(now[axis] - at[axis]) >= stepUm)
+                return false;
+        return true;
     }
 
     /// The wait for a move ends with a question where the axis is.

@@ -1,9 +1,9 @@
 #include "app/resource_ids.h"
 #include "app/unattended_program.h"
 #include "app/unattended_scan.h"
-#include "platform/camera_device.h"
-#include "support/virtual_microscope.h"
+#include "support/even_camera.h"
 #include "support/virtual_serial_ports.h"
+#include "support/watched_stage.h"
 #include "tests/app/program_fixture.h"
 
 #include <algorithm>
@@ -40,101 +40,6 @@ public:
     std::vector<std::string> notBegun; // why
     std::function<void()> onBegin;
     std::function<void()> onField;
-};
-
-/// A camera whose images are even, as bright as the test wants.
-class EvenCamera : public CameraRuntime, public GrabResult::BufferOwner {
-public:
-    void Initialize() override {}
-    std::unique_ptr<CameraDevice> CreateFirstDevice() override { return std::make_unique<Device>(*this); }
-    void Release(void*) noexcept override {}
-
-    std::function<std::uint8_t(int)> levelOf = [](int) { return std::uint8_t{90}; }; // by image
-    int images = 0;                                                                  // taken
-    bool gone = false;
-
-private:
-    /// Knows no features but the one that says that its images are what the program needs.
-    class Device : public CameraDevice {
-    public:
-        explicit Device(EvenCamera& camera) : m_camera(camera) {}
-
-        void Open() override {}
-        bool IsOpen() const override { return true; }
-        bool IsReadable(std::string_view) override { return false; }
-        bool IsWritable(std::string_view) override { return false; }
-        std::string GetEnumeration(std::string_view) override { return "BayerRG8"; }
-        void SetEnumeration(std::string_view, std::string_view) override {}
-        std::vector<std::string> SettableValues(std::string_view) override { return {}; }
-        double GetFloat(std::string_view) override { return 0.0; }
-        void SetFloat(std::string_view, double) override {}
-        std::int64_t GetInteger(std::string_view) override { return 0; }
-        void SetInteger(std::string_view, std::int64_t) override {}
-        IntegerRange GetIntegerRange(std::string_view) override { return {}; }
-        void SetBoolean(std::string_view, bool) override {}
-        void SetMaxNumBuffer(int) override {}
-        void StartGrabbing(int count) override { m_left = count; }
-        bool IsGrabbing() const override { return m_left > 0; }
-        GrabResult RetrieveResult(std::uint32_t) override {
-            --m_left;
-            return m_camera.TakeImage();
-        }
-        GrabResult GrabOne(std::uint32_t) override { return m_camera.TakeImage(); }
-        void RegisterConfiguration(Acquisition) override {}
-
-    private:
-        EvenCamera& m_camera;
-        int m_left = 0;
-    };
-
-    GrabResult TakeImage() {
-        if (gone)
-            throw CameraError("it does not answer");
-        std::fill(m_samples.begin(), m_samples.end(), levelOf(images++));
-        return {{true, sensorWidth, sensorHeight, m_samples}, this, nullptr};
-    }
-
-    std::vector<std::uint8_t> m_samples = std::vector<std::uint8_t>(sensorByteCount);
-};
-
-/// The simulated stage with its controller, and what it was told.
-class WatchedStage : public SerialFarEnd {
-public:
-    std::size_t Receive(std::string_view bytes, std::uint64_t nowMs) override {
-        m_received += bytes;
-        return m_stage.Receive(bytes, nowMs);
-    }
-    std::string Run(std::uint64_t nowMs) override {
-        std::string said = m_stage.Run(nowMs);
-        return silent ? "" : said;
-    }
-    bool HasHungUp(std::uint64_t) override { return hungUp; }
-
-    /// Those that begin with one of the letters.
-    Texts Commands(std::string_view letters) const {
-        Texts commands;
-        for (std::size_t begin = 0; begin < m_received.size();) {
-            const std::string command = m_received.c_str() + begin; // each ends with a NUL
-            if (!command.empty() && letters.find(command[0]) != std::string_view::npos)
-                commands.push_back(command);
-            begin += command.size() + 1;
-        }
-        return commands;
-    }
-
-    bool MovesAt(std::uint64_t nowMs) { return m_stage.MovesAt(nowMs); }
-    std::array<double, 2> Place(std::uint64_t nowMs) {
-        m_stage.MovesAt(nowMs);
-        const StagePosition place = m_stage.PositionAt(static_cast<double>(nowMs) / 1000.0);
-        return {place.x, place.y};
-    }
-
-    bool silent = false;
-    bool hungUp = false;
-
-private:
-    VirtualStage m_stage{{}, UsualLimitsAround({}), usualProgressAxes};
-    std::string m_received;
 };
 
 /// The program on its own with a stage that travels and a camera that sees an even field: four fields at two

@@ -72,8 +72,8 @@ public:
     /// Sends the Paint message of a window that was shown and has not been painted yet.
     virtual void Update(WindowHandle window) = 0;
 
-    /// The window and those that it owns are hidden; Destroy is sent to the procedure, which may still draw
-    /// on them; then they go.
+    /// The window and those that it owns are hidden, and input that still waits for them is no message any
+    /// more; Destroy is sent to the procedure, which may still draw on them; then they go.
     virtual void Destroy(WindowHandle window) = 0;
 
     /// Puts a control on a window; it comes and goes with the window, and not by itself. What the operator

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,7 +49,7 @@ public:
 
     void SetTimer(WindowHandle window, std::uint32_t id, std::uint32_t milliseconds) override {
         timerCalls.push_back("set " + std::to_string(id) + " every " + std::to_string(milliseconds));
-        if (window != WindowHandle::None)
+        if (window != WindowHandle::None && !m_gone.contains(window))
             timers[{window, id}] = {m_clock.now + milliseconds, milliseconds};
     }
 
@@ -75,9 +76,17 @@ public:
 
     /// Its timers and waiting messages go with a window.
     void Forget(WindowHandle window) {
+        m_gone.insert(window);
         procedures.erase(window);
         std::erase_if(timers, [&](const auto& timer) { return timer.first.first == window; });
         std::erase_if(m_queue, [&](const auto& waiting) { return waiting.second.window == window; });
+    }
+
+    /// What the operator did to a window that is hidden now.
+    void ForgetInput(WindowHandle window) {
+        std::erase_if(m_queue, [window](const auto& waiting) {
+            return waiting.second.window == window && IsInput(waiting.second.kind);
+        });
     }
 
     /// Whether there was one.
@@ -105,6 +114,11 @@ public:
 
 private:
     static constexpr std::uint64_t never = ~std::uint64_t{0};
+
+    static bool IsInput(MessageKind kind) {
+        return kind == MessageKind::KeyDown || kind == MessageKind::MouseMove ||
+               kind == MessageKind::LeftButtonPress || kind == MessageKind::LeftButtonRelease;
+    }
 
     std::uint64_t NextDue() const {
         std::uint64_t due = m_queue.empty() ? never : m_queue.front().first;
@@ -137,6 +151,7 @@ private:
     }
 
     VirtualClock& m_clock;
+    std::set<WindowHandle> m_gone;
     std::vector<std::pair<std::uint64_t, Message>> m_queue; // by due time
     bool m_quitting = false;
     int m_exitCode = 0;

@@ -155,6 +155,7 @@ private:
 
     void HideWithOwned(WindowHandle window) {
         windows[window].shown = false;
+        m_messages.ForgetInput(window);
         for (const WindowHandle other : OwnedBy(window))
             HideWithOwned(other);
     }

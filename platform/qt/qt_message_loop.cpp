@@ -462,6 +462,13 @@ QtMessageLoop::QtCall::~QtCall() {
     --m_messages.m_state->insideQt;
 }
 
+void QtMessageLoop::ForgetInputOfHidden() {
+    std::erase_if(m_state->queue, [](const Waiting& waiting) {
+        const auto* window = qobject_cast<const QWindow*>(waiting.receiver.data());
+        return waiting.type != QEvent::None && (window == nullptr || !window->isVisible());
+    });
+}
+
 void QtMessageLoop::Forget(WindowHandle window) {
     std::erase_if(m_state->timers, [&](const auto& timer) { return timer.first.first == window; });
     std::erase_if(m_state->queue, [&](const Waiting& waiting) { return waiting.message.window == window; });

@@ -39,6 +39,9 @@ public:
     /// Its timers and waiting messages go with a window.
     void Forget(WindowHandle window);
 
+    /// What the operator did to windows before they were hidden, and what still waits, does not happen.
+    void ForgetInputOfHidden();
+
     /// Around calls into Qt that may report something at once, and so dispatch messages: while one lives,
     /// what was told to delete itself stays, for it may be in the middle of reporting.
     class QtCall {

@@ -201,6 +201,7 @@ void QtWindowSystem::State::Destroy(WindowHandle handle) {
     WindowProcedure* procedure = entry->procedure;
     beingDestroyed.push_back(handle);
     HideWithOwned(widget); // the procedure may dispatch messages for a while
+    messages.ForgetInputOfHidden();
     procedure->HandleMessage({handle, MessageKind::Destroy});
     std::erase(beingDestroyed, handle);
     for (const WindowHandle owned : windows.OwnedBy(widget))

@@ -132,6 +132,12 @@ TYPED_TEST_P(MessageLoopContract, ForgetsWaitingMessagesAndTimersOfAWindowThatGo
     EXPECT_TRUE(this->TakeFor(30).empty());
 }
 
+TYPED_TEST_P(MessageLoopContract, SetsNoTimerOfAWindowThatIsGone) {
+    this->m_machine.ui.windows.Destroy(this->m_window);
+    this->Loop().SetTimer(this->m_window, 1, 5);
+    EXPECT_TRUE(this->TakeFor(30).empty());
+}
+
 TYPED_TEST_P(MessageLoopContract, DestroysAWindowByACloseThatItsProcedureLeavesAlone) {
     this->m_machine.Post({this->m_window, MessageKind::Close});
     Message message;
@@ -259,7 +265,7 @@ REGISTER_TYPED_TEST_SUITE_P(MessageLoopContract, GivesMessagesInTheOrderInWhichT
                             TakesWithoutWaitingWhenToldZero, WaitsAsLongAsItIsToldWhenNothingComes,
                             EndsAWaitWithTheFirstMessage, DispatchesToTheWindowThatAMessageIsFor,
                             DispatchesNothingToAWindowThatIsGone,
-                            ForgetsWaitingMessagesAndTimersOfAWindowThatGoes,
+                            ForgetsWaitingMessagesAndTimersOfAWindowThatGoes, SetsNoTimerOfAWindowThatIsGone,
                             DestroysAWindowByACloseThatItsProcedureLeavesAlone,
                             TicksOnceAPeriodFromOnePeriodOn, StartsATimerAnewWhenItIsSetAgain,
                             LosesAWaitingTickWhenATimerIsSetAgain,

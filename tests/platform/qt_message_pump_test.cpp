@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -280,6 +281,27 @@ TEST_F(QtMessagePump, AsksWithoutHarmWhenTheAnswerIsGivenInsideAnInnerPump) {
     EXPECT_EQ(m_pump.PumpMessages(50), 1);
     EXPECT_EQ(inner, 0);
     EXPECT_EQ(m_scan.stopRequested, 1);
+}
+
+/// The stage travels home while the window is destroyed, and nobody is there to answer.
+TEST_F(QtMessagePump, AsksNothingAboutAClickBehindTheCloseOfTheWindow) {
+    m_scan.scanning = 1;
+    m_main.answer = [this](const Message& message) {
+        if (message.kind == MessageKind::Destroy)
+            m_pump.PumpMessages(50);
+        return false;
+    };
+    QTimer answering;
+    QObject::connect(&answering, &QTimer::timeout, [this] {
+        if (Box() != nullptr && ++m_asked > 0)
+            Box()->reject();
+    });
+    answering.start(4);
+    m_machine.Post({m_windows.main, MessageKind::Close});
+    operator_input::Click(View());
+    EXPECT_EQ(m_pump.PumpMessages(100), 1);
+    EXPECT_EQ(m_main.Count(MessageKind::Destroy), 1U);
+    EXPECT_EQ(m_asked, 0);
 }
 
 TEST_F(QtMessagePump, ShowsPauseAndResumption) {

@@ -34,12 +34,15 @@ public:
 
     void ShowWarning(WindowHandle owner, const std::string& text, const std::string& caption) override {
         warnings.push_back({owner, text, caption});
+        if (whileWarning)
+            whileWarning();
     }
 
     std::deque<bool> answers; // to the questions to come
     std::vector<Shown> questions;
     std::vector<Shown> warnings;
-    std::function<void()> whileAsking; // what happens while a question is open
+    std::function<void()> whileAsking;  // what happens while a question is open
+    std::function<void()> whileWarning; // and while a warning is
     int unexpected = 0;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "leaks.h"
 #include "support/program.h"
 #include "support/running_twin.h"
 #include "support/twin_stage.h"
@@ -45,7 +46,7 @@ protected:
                                                              {"WAYLAND_DISPLAY", waylandDisplay},
                                                              {"QT_QPA_PLATFORM", ""},
                                                              {"TERM", terminalKind},
-                                                             {"ASAN_OPTIONS", "detect_leaks=0"}},
+                                                             LeaksToKnow()},
             Path("errors"), output);
     }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "leaks.h"
 #include "platform/picture.h"
 #include "support/background_program.h"
 #include "support/panel_places.h"
@@ -97,7 +98,7 @@ protected:
                                                                         {"HOME", home.Path().string()},
                                                                         {"XDG_CONFIG_HOME", ""},
                                                                         {"QT_QPA_PLATFORM", "xcb"},
-                                                                        {"ASAN_OPTIONS", "detect_leaks=0"}};
+                                                                        LeaksToKnow()};
         environment.insert(environment.end(), extra.begin(), extra.end());
         program =
             std::make_unique<BackgroundProgram>(TESSARO_PROGRAM, arguments, environment, Errors().string(),

@@ -128,7 +128,6 @@ TEST_F(PixelProbe, OnAZeroBackgroundFindsAnInfiniteContrast) {
     EXPECT_EQ(pixel.contrast[0], std::numeric_limits<float>::infinity());
     EXPECT_TRUE(std::isnan(pixel.contrast[1]));
     EXPECT_NE(ProbeText(pixel).find("Contrast: \tR:inf% \tG:"), std::string::npos);
-    Settings settings;
     TakeAsTarget(pixel, settings);
     EXPECT_TRUE(std::isnan(settings.targetContrast[1])) << "taken as it is";
 }

@@ -77,9 +77,29 @@ protected:
         const bool isToleranceStep = control == 1027 || control == 1026;
         EXPECT_TRUE(!isToleranceStep ||
                     (settings.contrastTolerance >= 0.0F && settings.contrastTolerance <= 90.0F));
-        const std::size_t calls = field.calls.size();
-        EXPECT_TRUE(calls == 0 || calls == 2 || field.calls == quickly || field.calls == inFull);
+        EXPECT_EQ(field.calls, WorkOf(control));
         EXPECT_EQ(Opened().ended, control == 2);
+    }
+
+    Texts WorkOf(int control) const {
+        switch (control) {
+        case 1009: // the contrasts' and the tolerance's steps
+        case 1010:
+        case 1050:
+        case 1011:
+        case 1016:
+        case 1051:
+        case 1027:
+        case 1026:
+            return quickly;
+        case 1013: // smoothing
+        case 1008: // "Test now"
+            return inFull;
+        case 1028: // "Image refresh"
+            return {"statistics", "show"};
+        default:
+            return {};
+        }
     }
 
     /// Every control, some that have no meaning, and ids of nothing.

@@ -37,11 +37,16 @@ TEST_F(ContrastDialogTest, ClosedByEscapeOrItsCloseButtonKeepsWhatWasChanged) {
     EXPECT_TRUE(field.calls.empty());
 }
 
-TEST_F(ContrastDialogTest, DoesNothingWithoutItsResource) {
+TEST_F(ContrastDialogTest, AsksForItsResourceOnceAndGoesOnWithoutIt) {
+    std::vector<std::string> asked;
+    dialogs.onCall = [&](const std::string& call) { asked.push_back(call); };
     dialogs.noResources = true;
     dialog.Show(owner);
-    EXPECT_TRUE(dialogs.modalResources.empty());
-    EXPECT_EQ(settings.targetContrast, (Contrasts{-12.0F, -8.0F, -2.0F}));
+    EXPECT_EQ(asked, Texts{"dialog 129"}) << "and asks nobody else instead";
+    EXPECT_TRUE(dialogs.textsSet.empty());
+    dialogs.noResources = false;
+    Open();
+    EXPECT_EQ(ContrastTexts(), (Texts{"-12.0", "-8.0", "-2.0", "6.0"})) << "the next time it opens";
 }
 
 TEST_F(ContrastDialogTest, ChecksTheButtonOfTheMaterial) {
@@ -115,18 +120,44 @@ TEST_F(ContrastDialogTest, WorksOnNothingWhenItOpens) {
     EXPECT_EQ(choices.smoothing, 1);
 }
 
-TEST_F(ContrastDialogTest, ShowsTheZoomInBoxWithoutAnEffect) {
-    Open();
+/// On settings of which each would change if a press were taken for another one's.
+class ContrastDialogAtRest : public ContrastDialogTest {
+protected:
+    ContrastDialogAtRest() {
+        SetContrasts({-13.5F, 101.0F, 0.25F}, 95.0F); // "Set" would clamp, a preset replace them
+        settings.minimumFlakeArea = 77;
+        settings.scoreThreshold = 35.5F;
+        settings.material = 1;
+        choices = {1, 1};
+        Open();
+    }
+
+    void ExpectNothingDone() {
+        EXPECT_TRUE(dialogs.textsSet.empty());
+        EXPECT_TRUE(field.calls.empty());
+        EXPECT_FALSE(Opened().ended);
+        EXPECT_EQ(settings.targetContrast, (Contrasts{-13.5F, 101.0F, 0.25F}));
+        EXPECT_EQ(settings.contrastTolerance, 95.0F);
+        EXPECT_EQ(settings.minimumFlakeArea, 77);
+        EXPECT_EQ(settings.scoreThreshold, 35.5F);
+        EXPECT_EQ(settings.material, 1);
+        EXPECT_EQ(choices.substrate, 1);
+        EXPECT_EQ(choices.smoothing, 1);
+    }
+};
+
+/// Typed texts wait in the boxes: a press that took them would show.
+TEST_F(ContrastDialogAtRest, StaysSoWhateverTheZoomInBoxIs) {
+    for (const int edit : {1017, 1018, 1019, 1020, 1000, 1007})
+        Type(edit, "55");
     SwitchBox(1004, true);
+    ExpectNothingDone();
     SwitchBox(1004, false);
-    EXPECT_TRUE(dialogs.textsSet.empty());
-    EXPECT_TRUE(field.calls.empty());
-    EXPECT_EQ(choices.smoothing, 0);
+    ExpectNothingDone();
 }
 
 /// Also what is typed is taken by a button alone.
-TEST_F(ContrastDialogTest, DoesNothingForTextsThatChangeAndFocusThatMoves) {
-    Open();
+TEST_F(ContrastDialogAtRest, StaysSoForTextsThatChangeAndFocusThatMoves) {
     using enum Notification;
     for (const int edit : {1017, 1018, 1019, 1020, 1000, 1007, 1003, 1005, 1006, 1012, 1015}) {
         Type(edit, "55");
@@ -137,14 +168,7 @@ TEST_F(ContrastDialogTest, DoesNothingForTextsThatChangeAndFocusThatMoves) {
         dialogs.Notify(window, 1034, notification);
     for (const int unknown : {0, 3, -1, 1001, 1002, 1014, 1021, 1022, 1025, 1029, 1049, 1052, 32788})
         Press(unknown);
-    EXPECT_TRUE(dialogs.textsSet.empty());
-    EXPECT_TRUE(field.calls.empty());
-    EXPECT_FALSE(Opened().ended);
-    EXPECT_EQ(settings.targetContrast, (Contrasts{-12.0F, -8.0F, -2.0F}));
-    EXPECT_EQ(settings.contrastTolerance, 6.0F);
-    EXPECT_EQ(settings.minimumFlakeArea, 100);
-    EXPECT_EQ(settings.scoreThreshold, 70.0F);
-    EXPECT_EQ(settings.material, 4);
+    ExpectNothingDone();
 }
 
 class ChosenMaterial : public ContrastDialogTest {

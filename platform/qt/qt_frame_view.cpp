@@ -86,16 +86,23 @@ void QtFrameView::SendMouse(MessageKind kind, const QMouseEvent& event) {
 }
 
 void QtFrameView::mousePressEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton)
-        SendMouse(MessageKind::LeftButtonPress, *event);
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_leftIsHeld = true;
+    SendMouse(MessageKind::LeftButtonPress, *event);
 }
 
-/// Its second press has come as a press already.
-void QtFrameView::mouseDoubleClickEvent(QMouseEvent*) {}
+/// From Qt it comes in place of its second press; from the message loop that press has come before it.
+void QtFrameView::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (!m_leftIsHeld)
+        mousePressEvent(event);
+}
 
 void QtFrameView::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton)
-        SendMouse(MessageKind::LeftButtonRelease, *event);
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_leftIsHeld = false;
+    SendMouse(MessageKind::LeftButtonRelease, *event);
 }
 
 void QtFrameView::mouseMoveEvent(QMouseEvent* event) {

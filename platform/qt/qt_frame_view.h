@@ -39,6 +39,7 @@ private:
 
     std::function<void(MessageKind, std::uint32_t, std::uint32_t)> m_send;
     Picture m_pixels;
+    bool m_leftIsHeld = false; // the left mouse button
 };
 
 /// The virtual key code of a key of Qt's.

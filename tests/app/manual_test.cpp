@@ -131,6 +131,23 @@ std::vector<std::string> ListedMessages() {
     return messages;
 }
 
+/// As a heading is linked to: small letters, and hyphens for spaces.
+std::string AnchorOf(const std::string& heading) {
+    static const std::regex dropped("[^a-z0-9_ -]");
+    static const std::regex space(" ");
+    std::string small = heading;
+    for (char& letter : small)
+        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    return std::regex_replace(std::regex_replace(small, dropped, ""), space, "-");
+}
+
+std::set<std::string> AnchorsIn(const std::string& file) {
+    std::set<std::string> anchors;
+    for (const std::string& heading : Matches("\n" + Text(root / "docs" / file), "\n#+ ([^\n]+)"))
+        anchors.insert(AnchorOf(heading));
+    return anchors;
+}
+
 TEST(SourceLiterals, JoinThoseInARowAndLeaveCommentsOut) {
     const std::string source = "Say(\"one\" // \"two\"\n  \"three\\n\", '\"', 1'000, \"four \\\"five\\\"\");";
     EXPECT_EQ(SourceLiterals(source).All(), (std::vector<std::string>{"onethree\n", "four \"five\""}));
@@ -189,6 +206,17 @@ TEST(Manual, LinksToFilesThatAreThere) {
     ASSERT_FALSE(files.empty());
     for (const std::string& file : files)
         EXPECT_TRUE(std::filesystem::is_regular_file(root / "docs" / file)) << file;
+}
+
+TEST(Manual, LinksToHeadingsThatAreThere) {
+    const std::regex link("\\]\\(([^)#]*)#([^)]+)\\)");
+    const std::string manual = Manual();
+    auto at = std::sregex_iterator(manual.begin(), manual.end(), link);
+    ASSERT_NE(at, std::sregex_iterator());
+    for (; at != std::sregex_iterator(); ++at) {
+        const std::string file = (*at)[1].length() > 0 ? (*at)[1].str() : "manual.md";
+        EXPECT_TRUE(AnchorsIn(file).contains((*at)[2])) << at->str();
+    }
 }
 
 } // namespace

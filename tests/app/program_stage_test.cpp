@@ -142,6 +142,33 @@ TEST_F(ProgramStage, StartsWithAControllerThatSaysNothing) {
     EXPECT_EQ(line.writes.size(), 6U + 3U);
 }
 
+TEST_F(ProgramStage, MayBeClosedUnderTheWarningOfAMissingPort) {
+    line.present = false;
+    globals->scan.originX = 300;
+    ui.boxes.whileWarning = [this] { ui.messages.Dispatch({mainWindow, MessageKind::Close}); };
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {*cameraRuntime, *serialPorts}), 0);
+    EXPECT_TRUE(ui.windows.windows.empty());
+    EXPECT_TRUE(ui.dialogs.dialogs.empty());
+    EXPECT_EQ(globals->stage.position[0], 300.0) << "the stage in memory went to the origin";
+    EXPECT_EQ(Config(), defaultLine);
+}
+
+TEST_F(ProgramStage, MayBeClosedWhileItWaitsForTheStage) {
+    ExpectOpening();
+    ExpectReturnToOrigin();
+    std::uint64_t closedAt = 0;
+    line.onCall = [&](std::string_view call) {
+        if (call != "Write" || line.WritesLeft() != 4) // the opening's last command is on its way
+            return;
+        closedAt = ui.clock.now;
+        ui.messages.Post({mainWindow, MessageKind::Close});
+    };
+    EXPECT_EQ(RunProgram(*globals, ui.Adapters(), {*cameraRuntime, *serialPorts}), 0);
+    EXPECT_EQ(closedAt, 10U + 100U + 3 * 15U) << "main window, settling, three queries";
+    EXPECT_TRUE(ui.windows.windows.empty());
+    EXPECT_EQ(Config(), defaultLine);
+}
+
 TEST_F(ProgramStage, EndsWhenTheLineHangsUpMeanwhile) {
     ExpectOpening("1600", "0");
     At(running, [&] { line.HangUp(); });

@@ -2,7 +2,9 @@
 
 add_library(tessaro_options INTERFACE)
 target_compile_options(tessaro_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror
+    -Wall -Wextra -Wpedantic -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror
+    # In a batch, names of one source hide those of another.
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>
     # The method truncates single-precision results: a fused multiply-add would change the last bit and with it
     # the result, so the compiler must not contract expressions.
     -ffp-contract=off)

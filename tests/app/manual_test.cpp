@@ -201,6 +201,13 @@ TEST(Manual, HasEveryTextThatGoesToTheOperator) {
         EXPECT_NE(tables.find(text), std::string::npos) << text;
 }
 
+TEST(Manual, ShowsPicturesThatAreThere) {
+    const std::vector<std::string> pictures = Matches(Manual(), "!\\[[^\\]]+\\]\\(([^)]+)\\)");
+    ASSERT_GE(pictures.size(), 20U);
+    for (const std::string& picture : pictures)
+        EXPECT_TRUE(std::filesystem::is_regular_file(root / "docs" / picture)) << picture;
+}
+
 TEST(Manual, LinksToFilesThatAreThere) {
     const std::vector<std::string> files = Matches(Manual(), "[^!]\\[[^\\]]+\\]\\(([^)#]+)");
     ASSERT_FALSE(files.empty());

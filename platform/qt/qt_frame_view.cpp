@@ -88,21 +88,20 @@ void QtFrameView::SendMouse(MessageKind kind, const QMouseEvent& event) {
 void QtFrameView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return;
-    m_leftIsHeld = true;
+    m_lastPressTime = event->timestamp();
     SendMouse(MessageKind::LeftButtonPress, *event);
 }
 
-/// From Qt it comes in place of its second press; from the message loop that press has come before it.
+/// From Qt it comes in place of its second press; from the message loop it follows that press, whose time it
+/// has. By then the button may have been let go, if the press has taken its time.
 void QtFrameView::mouseDoubleClickEvent(QMouseEvent* event) {
-    if (!m_leftIsHeld)
+    if (event->timestamp() != m_lastPressTime)
         mousePressEvent(event);
 }
 
 void QtFrameView::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton)
-        return;
-    m_leftIsHeld = false;
-    SendMouse(MessageKind::LeftButtonRelease, *event);
+    if (event->button() == Qt::LeftButton)
+        SendMouse(MessageKind::LeftButtonRelease, *event);
 }
 
 void QtFrameView::mouseMoveEvent(QMouseEvent* event) {

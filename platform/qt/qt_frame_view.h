@@ -6,6 +6,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 
 namespace tessaro {
 
@@ -39,7 +40,7 @@ private:
 
     std::function<void(MessageKind, std::uint32_t, std::uint32_t)> m_send;
     Picture m_pixels;
-    bool m_leftIsHeld = false; // the left mouse button
+    std::optional<quint64> m_lastPressTime; // of the left mouse button, as Qt tells it
 };
 
 /// The virtual key code of a key of Qt's.

@@ -23,7 +23,8 @@ namespace {
 constexpr const char* questionTitle = "Warning";
 constexpr const char* stageDialogTitle = "XYZ stage configuration";
 constexpr const char* typedLine = "3,-12.000000,-8.000000,-2.000000,6.000000,3,10,100,4,70.000000\n";
-constexpr std::chrono::seconds soon(10); // a dead line is given up after two, a dead camera a little later
+// A dead line is given up after two seconds, a dead camera a little later; machines may be busy.
+constexpr std::chrono::seconds soon(30);
 
 class ShutdownWindow : public WindowDriver {
 protected:
@@ -46,7 +47,7 @@ protected:
 
     void OpenAndLeave(const std::string& entry, const std::string& title) {
         Menu(entry);
-        ASSERT_TRUE(Eventually([&] { return display.Shows(title); })) << title;
+        ASSERT_TRUE(Eventually([&] { return display.ActiveTitle() == title + "\n"; })) << title;
         display.Keys({"Escape"});
         ASSERT_TRUE(Eventually([&] { return !display.Shows(title); })) << title;
     }

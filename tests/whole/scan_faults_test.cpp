@@ -157,6 +157,7 @@ TEST_F(ScanFaults, GoesOnWithASimulatedStageWhenItsLineIsClosed) {
     ExpectAWholeReport();
     ExpectAllLaterFieldsHave("\"stage\":false", "the stage is offline: its moves are simulated");
     const std::vector<ReportedField> fields = Report().fields;
+    ASSERT_GE(fields.size(), 4U);
     EXPECT_EQ(fields[3].position.x, fields[2].position.x - 400.0) << "simulated";
     EXPECT_EQ(fields[3].position.y, fields[2].position.y);
     EXPECT_FALSE(TwinStage::Moves(*twin));

@@ -2,6 +2,7 @@
 
 #include "app/resource_ids.h"
 #include "support/even_camera.h"
+#include "support/sanitizer.h"
 #include "support/virtual_serial_ports.h"
 #include "support/watched_stage.h"
 #include "tests/app/program_fixture.h"
@@ -336,11 +337,15 @@ const std::vector<Occupation> occupations = {
 std::vector<Ending> Endings() {
     std::vector<Ending> endings;
     for (const Occupation& occupation : occupations) {
-        for (const Line line : {Line::Works, Line::IsDead, Line::IsSilent, Line::IsMissing})
-            if (line != Line::IsMissing || !occupation.needsTravel)
-                endings.push_back({occupation, line, CameraThen::Answers});
-        for (const Line line : {Line::Works, Line::IsDead})
-            endings.push_back({occupation, line, CameraThen::IsGone});
+        endings.push_back({occupation, Line::Works, CameraThen::Answers});
+        endings.push_back({occupation, Line::IsDead, CameraThen::IsGone});
+        if (addressSanitizer) // which makes each of them take a second
+            continue;
+        endings.push_back({occupation, Line::Works, CameraThen::IsGone});
+        endings.push_back({occupation, Line::IsDead, CameraThen::Answers});
+        endings.push_back({occupation, Line::IsSilent, CameraThen::Answers});
+        if (!occupation.needsTravel)
+            endings.push_back({occupation, Line::IsMissing, CameraThen::Answers});
     }
     return endings;
 }
